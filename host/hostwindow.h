@@ -1,0 +1,39 @@
+#pragma once
+
+#include "demodata.h"
+
+#include <pondar/genclass.h>
+
+#include <QLineEdit>
+#include <QWidget>
+
+class QLabel;
+class QPlainTextEdit;
+
+// Plays the point-of-sale program: holds the connection, the particulars of StartApp, a button
+// for each start mode, and shows what each call returned and left in the settings file.
+class HostWindow final : public QWidget {
+    Q_OBJECT
+
+public:
+    HostWindow(DemoData data, QSqlDatabase db, QWidget* parent = nullptr);
+
+private:
+    QLineEdit* field(const QString& name, const QString& value);
+    void start(const QString& mode);
+    void enquiry();
+    void showOutcome(const QString& call, bool result);
+
+    DemoData m_data;
+    QSqlDatabase m_db;
+    pondar::GenClass m_app;
+    QLineEdit* m_staff = nullptr;
+    QLineEdit* m_bzDate = nullptr;
+    QLineEdit* m_printer = nullptr;
+    QLineEdit* m_outlet = nullptr;
+    QLineEdit* m_trsNo = nullptr;
+    QLineEdit* m_billNo = nullptr;
+    QLineEdit* m_amount = nullptr;
+    QLabel* m_result = nullptr;
+    QPlainTextEdit* m_transaction = nullptr;
+};

@@ -1,0 +1,43 @@
+#include "hostwindow.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QMessageBox>
+#include <QStandardPaths>
+
+using namespace Qt::Literals::StringLiterals;
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(u"pondar-host"_s);
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"Demo point-of-sale host for the Pondar membership card component."_s);
+    parser.addHelpOption();
+    const QCommandLineOption dataOption(
+        u"data"_s, u"Folder for the demo database, settings file, cards and printer file."_s,
+        u"folder"_s,
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/pondar-demo"_s);
+    parser.addOption(dataOption);
+    parser.process(app);
+
+    const DemoData data(QDir(parser.value(dataOption)).absolutePath());
+    QDir().mkpath(data.folder);
+    QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"host"_s);
+    db.setDatabaseName(data.database);
+    if (!db.open()) {
+        QMessageBox::critical(nullptr, u"Pondar demo host"_s,
+                              u"Cannot open the demo database "_s + data.database);
+        return 1;
+    }
+    if (const QString error = data.prepare(db); !error.isEmpty()) {
+        QMessageBox::critical(nullptr, u"Pondar demo host"_s, error);
+        return 1;
+    }
+
+    HostWindow window(data, db);
+    window.show();
+    return QApplication::exec();
+}

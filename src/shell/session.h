@@ -1,0 +1,68 @@
+#pragma once
+
+#include <pondar/currency.h>
+
+#include <QDateTime>
+#include <QSqlDatabase>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+
+namespace pondar {
+
+// The values every screen shares for the life of the component: the particulars StartApp was
+// given, the rates of the settings file, and what one screen hands to the next. Screens get it
+// passed in; nothing reaches it through a global.
+struct SessionSettings {
+    // StartApp particulars, in the order StartApp sets them.
+    QString StaffCode;
+    QString ConnString;
+    QString Printer;
+    QString OutletCode;
+    QString BzDate;
+    QString IniPath;
+
+    // From the settings file's GeneralSetup section.
+    double MemberComm = 0.0;
+    double DownComm = 0.0;
+    Currency ServerComm;
+
+    QSqlDatabase Conn;
+    bool TransactionOk = false;
+    Currency AppValue;
+    QString TrsNo;
+    QString BillNo;
+    QString TransactionMode;
+
+    // Handed between screens.
+    bool DialogAccepted = false;
+    QString LookupQuery;
+    QString CurrentCode;
+    QString CurrentName;
+    QString CommStaffCode;
+    QString CommStaffName;
+    QString SlipRefNo;
+    QString SlipAction;
+    QString IntroducerCode;  // the member's introducer, read by the transaction screen
+    QString CurrentCardNo;   // the card last read by the balance display
+    QString ConfirmQuestion; // the last card-value question asked
+
+    // Reader fields.
+    int ReaderPort = 1;
+    std::int16_t ReaderHandle = -1;
+    std::int16_t ReaderStatus = 0;
+    std::uint16_t LoginSector = 0;
+    std::uint16_t LoggedSector = 0;
+    QString CardSerial;
+    QString DefFF = QStringLiteral("FF"); // the login key text; its first two hex digits
+
+    // The clock of reference numbers, log lines and slips; tests fix it.
+    std::function<QDateTime()> clock;
+    QDateTime now() const { return clock ? clock() : QDateTime::currentDateTime(); }
+};
+
+// Loading at start: the reader port, ReturnFlag reset to "0", then the three rates.
+void loadSettings(SessionSettings& session);
+
+} // namespace pondar

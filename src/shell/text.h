@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDate>
+#include <QDateTime>
+#include <QString>
+
+namespace pondar {
+
+// Windows-1252, the code page of card blocks, printer bytes and the settings file. Characters
+// that the code page cannot hold become "?".
+QByteArray toAnsi(const QString& text);
+QString fromAnsi(const QByteArray& bytes);
+
+// The till's Val: the number at the start of a text, as a double (rates of the settings file).
+double leadingNumber(const QString& text);
+
+// "dd/mm/yyyy" as typed and as the host passes the business date; "yyyy-mm-dd" is taken too.
+QDate parseDate(const QString& text);
+
+// How dates go into the database: ISO text, which SQLite and SQL Server both order correctly.
+QString isoDateTime(const QDateTime& moment);
+QString isoDayStart(QDate day);
+QString isoDayEnd(QDate day);
+
+// The business date as a database value: that day at 00:00:00, or the text as given when the
+// host passed something that is not a date.
+QString bizDateValue(const QString& bzDate);
+
+// The default date-time conversion of the screens and reports: "dd/mm/yyyy hh:mm:ss".
+QString displayDateTime(const QDateTime& moment);
+
+} // namespace pondar

@@ -1,0 +1,121 @@
+#include "shell/activitylog.h"
+#include "shell/database.h"
+#include "shell/session.h"
+#include "support/fixtures.h"
+
+#include <QSqlQuery>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace pondar;
+
+class TestDatabase final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void schemaCreationCanRunAgain() {
+        test::Fixture f;
+        f.addStaff(u"S1"_s, u"Ann"_s);
+        db::exec(f.db(), u"INSERT INTO Customize_Log (StaffCode) VALUES ('S1')"_s);
+        db::ensureSchema(f.db());
+        db::ensureSchema(f.db());
+        QCOMPARE(f.count(u"Customize_Log"_s), 1);
+        for (const QString& table :
+             {u"Customize_Transaction"_s, u"Customize_Topup"_s, u"Customize_StaffComm"_s}) {
+            QCOMPARE(f.count(table), 0);
+        }
+        // The statements the screens filter on have their indexes.
+        QVERIFY(f.scalar(u"SELECT COUNT(*) FROM sqlite_master WHERE type='index' AND "
+                         "name LIKE 'IX_Customize_%'"_s)
+                    .toInt() >= 8);
+    }
+
+    void closedConnectionIsAClearError() {
+        QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"closed"_s);
+        try {
+            db::ensureSchema(closed);
+            QFAIL("no error for a closed connection");
+        } catch (const db::DatabaseError& e) {
+            QVERIFY2(e.message().contains(u"not open"_s), qPrintable(e.message()));
+        }
+        QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::ensureSchema(QSqlDatabase()));
+    }
+
+    void failingStatementCarriesDriverText() {
+        test::Fixture f;
+        try {
+            db::exec(f.db(), u"SELECT * FROM no_such_table WHERE x = ?"_s, {1});
+            QFAIL("no error");
+        } catch (const db::DatabaseError& e) {
+            QVERIFY2(e.message().contains(u"no_such_table"_s), qPrintable(e.message()));
+        }
+    }
+
+    void moneyRoundTripsExactly() {
+        test::Fixture f;
+        for (const QString& text :
+             {u"0"_s, u"12.5"_s, u"-30"_s, u"1234.5678"_s, u"92233720368.5477"_s}) {
+            const Currency value = Currency::parse(text);
+            db::exec(f.db(), u"INSERT INTO Customize_Topup (FValue) VALUES (?)"_s,
+                     {db::bindMoney(value)});
+            QCOMPARE(
+                db::readMoney(f.scalar(u"SELECT FValue FROM Customize_Topup ORDER BY ID DESC"_s))
+                    .toShortString(),
+                text);
+        }
+        QCOMPARE(db::readMoney(QVariant()), Currency());
+    }
+
+    void logLineQuotingCuttingAndDates() {
+        test::Fixture f;
+        SessionSettings s;
+        s.Conn = f.db();
+        s.StaffCode = u"S1"_s;
+        s.BzDate = u"15/11/2026"_s;
+        s.clock = [] { return QDateTime(QDate(2026, 11, 16), QTime(0, 5, 9)); };
+
+        writeLog(s, u"Remove Member Code : 01/O'Neil"_s);
+        writeLog(s, QString(400, u'x'));
+        writeLog(s, QString(299, u'a') + u"'b"_s); // the cut splits the doubled quote
+        writeLog(s, QString());
+
+        QSqlQuery q = db::exec(
+            f.db(),
+            u"SELECT StaffCode, BizDate, ActualDate, Description FROM Customize_Log ORDER BY ID"_s);
+        QVERIFY(q.next());
+        QCOMPARE(q.value(0).toString(), u"S1"_s);
+        QCOMPARE(q.value(1).toString(), u"2026-11-15 00:00:00"_s);
+        QCOMPARE(q.value(2).toString(), u"2026-11-16 00:05:09"_s);
+        QCOMPARE(q.value(3).toString(), u"Remove Member Code : 01/O'Neil"_s);
+        QVERIFY(q.next());
+        QCOMPARE(q.value(3).toString(), QString(300, u'x'));
+        QVERIFY(q.next());
+        QCOMPARE(q.value(3).toString(), QString(299, u'a') + u"'"_s);
+        QVERIFY(q.next());
+        QCOMPARE(q.value(3).toString(), QString());
+    }
+
+    void quotesCountTwiceTowardsTheCut() {
+        QCOMPARE(logDescription(QString(200, u'\'')).size(), 150);
+        QCOMPARE(logDescription(u"it's"_s), u"it's"_s);
+    }
+
+    void inputCheck_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("valid");
+        QTest::newRow("empty") << QString() << true;
+        QTest::newRow("code") << u"000123"_s << true;
+        QTest::newRow("blank") << u"00 123"_s << false;
+        QTest::newRow("quote") << u"O'Neil"_s << false;
+        QTest::newRow("double quote") << u"a\"b"_s << false;
+        QTest::newRow("sql text") << u"x';DROP"_s << false;
+    }
+    void inputCheck() {
+        QFETCH(QString, text);
+        QFETCH(bool, valid);
+        QCOMPARE(isValidInput(text), valid);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDatabase)
+#include "tst_database.moc"
