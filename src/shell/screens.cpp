@@ -3,18 +3,28 @@
 namespace pondar {
 
 bool showScreen(Screen screen, SessionSettings& session, QWidget* parent) {
-    (void)session;
-    (void)parent;
     switch (screen) {
     case Screen::MainMenu:
+        return showShellScreen(screen, session, parent);
+    case Screen::Balance:
+    case Screen::Password:
+        return showCardScreen(screen, session, parent);
     case Screen::Member:
     case Screen::StaffEntry:
+    case Screen::Lookup:
+        return showMemberScreen(screen, session, parent);
     case Screen::Transaction:
+        return showTransactionScreen(screen, session, parent);
+    case Screen::Slip:
     case Screen::Log:
     case Screen::EndOfDay:
-    case Screen::Balance:
-        break;
+    case Screen::MemberReport:
+        return showReportScreen(screen, session, parent);
     }
+    return false;
+}
+
+bool showShellScreen(Screen, SessionSettings&, QWidget*) {
     return false;
 }
 
