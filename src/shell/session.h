@@ -8,8 +8,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 namespace pondar {
+
+namespace card {
+class ReaderLibrary;
+}
 
 // The values every screen shares for the life of the component: the particulars StartApp was
 // given, the rates of the settings file, and what one screen hands to the next. Screens get it
@@ -48,7 +53,8 @@ struct SessionSettings {
     QString CurrentCardNo;   // the card last read by the balance display
     QString ConfirmQuestion; // the last card-value question asked
 
-    // Reader fields.
+    // Reader fields. Reader is the reader library in use, made on first use from PONDAR_READER.
+    std::shared_ptr<card::ReaderLibrary> Reader;
     int ReaderPort = 1;
     std::int16_t ReaderHandle = -1;
     std::int16_t ReaderStatus = 0;
