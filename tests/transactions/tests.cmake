@@ -1,0 +1,1 @@
+pondar_test(tst_saveplan transactions/tst_saveplan.cpp)
