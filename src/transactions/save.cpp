@@ -19,8 +19,12 @@ namespace pondar {
 
 namespace {
 
-const QString Headline =
-    u"The card was written but the transaction was not posted to the database !!!"_s;
+QString headline(const UnpostedWrite& r) {
+    return r.posted.isEmpty()
+               ? u"The card was written but the transaction was not posted to the database !!!"_s
+               : u"The card was written but the transaction was only partly posted to the "
+                 "database !!!"_s;
+}
 
 // The lines the operator sees; the file holds them too, with the error on one line.
 QStringList summary(const UnpostedWrite& r, bool oneLineError) {
@@ -37,7 +41,7 @@ QStringList summary(const UnpostedWrite& r, bool oneLineError) {
 
 QString fileBlock(const UnpostedWrite& r) {
     QStringList lines;
-    lines << isoDateTime(r.moment) + u' ' + Headline;
+    lines << isoDateTime(r.moment) + u' ' + headline(r);
     lines << summary(r, true);
     lines << u"Previous Bal. : "_s + r.previousValue.format()
           << u"Pending : "_s + r.pendingValue.format()
@@ -72,15 +76,17 @@ QString recoveryFilePath(const QString& iniPath) {
 
 QString recordUnpostedWrite(const QString& iniPath, const UnpostedWrite& record) noexcept {
     try {
-        const QString path = QDir::toNativeSeparators(recoveryFilePath(iniPath));
-        const QString failure = append(recoveryFilePath(iniPath), fileBlock(record));
+        const QString file = recoveryFilePath(iniPath);
+        const QString failure = append(file, fileBlock(record));
+        const QString path = QDir::toNativeSeparators(file);
         const QString where = failure.isEmpty()
                                   ? QString(u"These details were added to "_s + path + u'.')
                                   : u"These details could not be added to "_s + path + u" ("_s +
                                         failure + u"). Please note them down !!!"_s;
-        return Headline + u"\n\n"_s + summary(record, false).join(u'\n') + u"\n\n"_s + where;
+        return headline(record) + u"\n\n"_s + summary(record, false).join(u'\n') + u"\n\n"_s +
+               where;
     } catch (...) {
-        return Headline;
+        return u"The card was written but the transaction was not posted to the database !!!"_s;
     }
 }
 
