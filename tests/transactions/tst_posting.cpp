@@ -219,6 +219,9 @@ private Q_SLOTS:
                          "cardNo='INTRO' AND RefTrsNo IS NOT NULL"_s),
                  u"1.00|2026-11-15 16:33:05\n1.00|2026-11-15 16:33:05"_s);
         QCOMPARE(pendingBalance(f.db(), u"INTRO"_s), Currency());
+        QCOMPARE(
+            f.scalar(u"SELECT DateUpdate FROM Customize_Topup WHERE RefTrsNo IS NULL"_s).toString(),
+            u"2026-11-02 10:00:00"_s);
     }
 
     // Codes and names reach the statements as values, never as statement text.
