@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QSqlDatabase>
 #include <QString>
+#include <QVariantList>
 
 #include <cstdint>
 #include <functional>
@@ -43,6 +44,9 @@ struct SessionSettings {
     // Handed between screens.
     bool DialogAccepted = false;
     QString LookupQuery;
+    // Values bound, in order, to LookupQuery's "?" placeholders. The lookup grid empties them
+    // once it has run the query, so a caller that sets only LookupQuery binds nothing.
+    QVariantList LookupValues;
     QString CurrentCode;
     QString CurrentName;
     QString CommStaffCode;

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QColor>
+#include <QHash>
+#include <QObject>
+#include <QSet>
+
+#include <functional>
+
+class QFocusEvent;
+class QLineEdit;
+class QWidget;
+
+namespace pondar {
+
+// The keyboard and look of an entry screen's text boxes: Enter moves to the next control and Up
+// to the previous one, as Tab and Shift+Tab do; a focused box turns light yellow with its whole
+// text selected. A box may carry a check that runs when focus leaves it for another control of
+// the same screen, and an action for the Down arrow (the screens' lookups).
+class EntryBoxes final : public QObject {
+    Q_OBJECT
+
+public:
+    enum class Outcome {
+        Pass,    // focus moves on
+        Refocus, // focus comes back to the box; the control it went to still acts on the click
+        Refuse,  // focus stays in the box; the click that tried to move it is dropped
+    };
+    using Check = std::function<Outcome()>;
+
+    explicit EntryBoxes(QWidget* screen);
+
+    void add(QLineEdit* box);
+    void setCheck(QLineEdit* box, Check check);
+    void setOnDown(QLineEdit* box, std::function<void()> action);
+    // Controls that focus may move to without checking the box it leaves (the cancel buttons).
+    void exempt(QWidget* control);
+
+    static QColor focusColour();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void leaving(QLineEdit* box, const QFocusEvent& event);
+
+    QWidget* m_screen;
+    QSet<QLineEdit*> m_boxes;
+    QHash<QLineEdit*, Check> m_checks;
+    QHash<QLineEdit*, std::function<void()>> m_down;
+    QSet<QWidget*> m_exempt;
+    bool m_checking = false;
+};
+
+// Sends the Tab keystroke of an entry screen: focus to the next control (or the previous one).
+void sendTab(QWidget* from, bool forward = true);
+
+} // namespace pondar

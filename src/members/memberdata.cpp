@@ -1,0 +1,137 @@
+#include "members/memberdata.h"
+
+#include "shell/database.h"
+#include "shell/session.h"
+#include "shell/text.h"
+
+#include <QDateTime>
+#include <QSqlError>
+#include <QtMath>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar::members {
+
+void setLookup(SessionSettings& session, const QString& sql, const QVariantList& values) {
+    session.LookupQuery = sql;
+    session.LookupValues = values;
+}
+
+void setIntroducerLookup(SessionSettings& session, const QString& ownCode, const QString& typed) {
+    setLookup(session,
+              u"Select MemberCode AS CardNo,MemberName AS Name from tloy_mt_member"
+              " where NonActive=0 and Membercode <> ? and  MemberCode like ? order by MemberCode"_s,
+              {ownCode, QString(typed + u'%')});
+}
+
+void setMemberSearchLookup(SessionSettings& session) {
+    setLookup(session, u"Select MemberCode AS CardNo,MemberName AS Name from tloy_mt_member"
+                       "  order by MemberCode"_s);
+}
+
+void setStaffLookup(SessionSettings& session) {
+    setLookup(session, u"Select StaffCode AS StaffCode,StaffName AS Name from tpay_mt_Staff"
+                       " where NonActive=0  order by StaffCode"_s);
+}
+
+QSqlQuery openForGrid(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
+    db::requireOpen(db);
+    QSqlQuery query(db);
+    auto fail = [&] {
+        throw db::DatabaseError(query.lastError().text().trimmed() + u"\n\n"_s + sql.simplified());
+    };
+    if (!query.prepare(sql))
+        fail();
+    for (const QVariant& value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        fail();
+    return query;
+}
+
+QSqlQuery memberHistory(const QSqlDatabase& db, const QString& code) {
+    return openForGrid(db,
+                       u"select Billtype AS Type,TrsDate AS Date,BillNo AS Ref,PValue AS Value"
+                       " from Customize_Transaction where CardNo=? order by TrsDate"_s,
+                       {code});
+}
+
+bool memberExists(const QSqlDatabase& db, const QString& code) {
+    return db::hasRow(db, u"Select * from tloy_mt_member where membercode=?"_s, {code});
+}
+
+bool hasTransactions(const QSqlDatabase& db, const QString& code) {
+    for (const QString& table : {u"Customize_Topup"_s, u"Customize_Transaction"_s}) {
+        QSqlQuery q = db::exec(db,
+                               u"Select CardNo,count(ID) as TBal from "_s + table +
+                                   u" where CardNo=? group by CardNo"_s,
+                               {code});
+        if (q.next() && q.value(1).toLongLong() != 0)
+            return true;
+    }
+    return false;
+}
+
+StaffMatch findActiveStaff(const QSqlDatabase& db, const QString& code) {
+    QSqlQuery q =
+        db::exec(db, u"Select * from tpay_mt_staff where staffcode=? and NonActive=0"_s, {code});
+    StaffMatch match;
+    if (q.next()) {
+        match.found = true;
+        match.name = q.value(u"StaffName"_s);
+    }
+    return match;
+}
+
+QString cardName(const QString& memberName) {
+    return memberName.left(20);
+}
+
+QString removeLogLine(const QString& code, const QString& name) {
+    return u"Remove Member Code : "_s + code + u'/' + name;
+}
+
+QString newMemberLogLine(const QString& code, const QString& name) {
+    return u"Writing New Member Code : "_s + code + u'/' + name + u" to Mifare Card"_s;
+}
+
+QString updateLogLine(const QString& code, const QString& name) {
+    return u"Update Member Details for Code : "_s + code + u'/' + name;
+}
+
+QString recordCountCaption(qint64 count) {
+    return u" Total Records : "_s + QString::number(count);
+}
+
+QString removeQuestion(const QString& name) {
+    return u"Confirm to Remove "_s + name + u" ?"_s;
+}
+
+QString moneyText(const QVariant& value) {
+    if (value.isNull())
+        return {};
+    return db::readMoney(value).format();
+}
+
+QString dateText(const QVariant& value) {
+    if (value.isNull())
+        return {};
+    QDateTime moment;
+    if (value.typeId() == QMetaType::QDateTime) {
+        moment = value.toDateTime();
+    } else {
+        const QString text = value.toString();
+        moment = QDateTime::fromString(text, u"yyyy-MM-dd HH:mm:ss"_s);
+        if (!moment.isValid())
+            moment = QDateTime::fromString(text, Qt::ISODate);
+        if (!moment.isValid())
+            return text;
+    }
+    return displayDateTime(moment);
+}
+
+int twipsToPixels(int twips) {
+    return qRound(twips / 15.0);
+}
+
+} // namespace pondar::members

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariant>
+#include <QVariantList>
+
+namespace pondar {
+
+struct SessionSettings;
+
+namespace members {
+
+// What the lookup grid runs: a two-column statement (code, name) and its bound values.
+void setLookup(SessionSettings& session, const QString& sql, const QVariantList& values = {});
+
+// Active members other than the one on screen whose code begins with what was typed.
+void setIntroducerLookup(SessionSettings& session, const QString& ownCode, const QString& typed);
+// Every member, by code.
+void setMemberSearchLookup(SessionSettings& session);
+// Active staff, by code.
+void setStaffLookup(SessionSettings& session);
+
+// Runs a statement for a grid: scrollable, as the item models need, and fetched lazily by them.
+// Throws db::DatabaseError with the driver's text.
+QSqlQuery openForGrid(const QSqlDatabase& db, const QString& sql, const QVariantList& values);
+
+// A member's posted card movements, oldest first: Type, Date, Ref, Value.
+QSqlQuery memberHistory(const QSqlDatabase& db, const QString& code);
+
+bool memberExists(const QSqlDatabase& db, const QString& code);
+
+// Whether the member has top-up or card transaction rows, which forbid removing the member.
+bool hasTransactions(const QSqlDatabase& db, const QString& code);
+
+struct StaffMatch {
+    bool found = false;
+    QVariant name; // null when the row holds no name
+};
+// An active staff member with this code.
+StaffMatch findActiveStaff(const QSqlDatabase& db, const QString& code);
+
+// Texts of the register.
+QString cardName(const QString& memberName); // what the card's name field receives
+QString removeLogLine(const QString& code, const QString& name);
+QString newMemberLogLine(const QString& code, const QString& name);
+QString updateLogLine(const QString& code, const QString& name);
+QString recordCountCaption(qint64 count);
+QString removeQuestion(const QString& name);
+
+// How the grids show stored values: money as "#0.00", dates as "dd/mm/yyyy hh:mm:ss".
+QString moneyText(const QVariant& value);
+QString dateText(const QVariant& value);
+
+// Grid widths are given in twips; the screens run at 15 twips to the pixel.
+int twipsToPixels(int twips);
+
+} // namespace members
+} // namespace pondar

@@ -1,0 +1,1 @@
+pondar_test(tst_lookup members/tst_lookup.cpp)
