@@ -1,1 +1,9 @@
+target_sources(pondar_core PRIVATE
+    ${CMAKE_CURRENT_LIST_DIR}/codec.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/reader.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/simreader.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/readeraccess.cpp)
+if(WIN32)
+    target_sources(pondar_core PRIVATE ${CMAKE_CURRENT_LIST_DIR}/vendorreader.cpp)
+endif()
 target_sources(pondar PRIVATE ${CMAKE_CURRENT_LIST_DIR}/entry.cpp)

@@ -1,0 +1,2 @@
+pondar_test(tst_codec card/tst_codec.cpp)
+pondar_test(tst_reader card/tst_reader.cpp card/cardsim.h)
