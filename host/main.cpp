@@ -21,6 +21,10 @@ int main(int argc, char** argv) {
         u"folder"_s,
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/pondar-demo"_s);
     parser.addOption(dataOption);
+    const QCommandLineOption shotOption(
+        u"screenshot"_s, u"Save a picture of the window to a PNG file and quit (a smoke test)."_s,
+        u"file"_s);
+    parser.addOption(shotOption);
     parser.process(app);
 
     const DemoData data(QDir(parser.value(dataOption)).absolutePath());
@@ -39,5 +43,9 @@ int main(int argc, char** argv) {
 
     HostWindow window(data, db);
     window.show();
+    if (parser.isSet(shotOption)) {
+        QApplication::processEvents();
+        return window.grab().save(parser.value(shotOption)) ? 0 : 1;
+    }
     return QApplication::exec();
 }
