@@ -1,4 +1,4 @@
-target_sources(pondar PRIVATE ${CMAKE_CURRENT_LIST_DIR}/entry.cpp)
+target_sources(pondar PRIVATE ${CMAKE_CURRENT_LIST_DIR}/entry.cpp ${CMAKE_CURRENT_LIST_DIR}/mfmain.cpp)
 target_sources(pondar_core PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/saveplan.cpp
     ${CMAKE_CURRENT_LIST_DIR}/handoff.cpp

@@ -1,2 +1,3 @@
 pondar_test(tst_saveplan transactions/tst_saveplan.cpp)
 pondar_test(tst_posting transactions/tst_posting.cpp)
+pondar_test(tst_mfmain transactions/tst_mfmain.cpp)

@@ -1,0 +1,433 @@
+#include "transactions/mfmain.h"
+
+#include "members/memberdata.h"
+#include "shell/messages.h"
+#include "shell/screens.h"
+#include "shell/session.h"
+#include "transactions/ledger.h"
+#include "transactions/save.h"
+
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar {
+
+namespace {
+
+constexpr int TopUpTab = 0;
+constexpr int WithdrawTab = 1;
+constexpr int AdjustmentTab = 2;
+constexpr int HistoryTab = 3;
+
+const QString NotAMember = u"Member either inactive or not Found in Database !!!"_s;
+
+QTableView* makeGrid(const QString& name, QWidget* parent) {
+    auto* grid = new QTableView(parent);
+    grid->setObjectName(name);
+    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grid->verticalHeader()->hide();
+    grid->horizontalHeader()->setStretchLastSection(true);
+    return grid;
+}
+
+} // namespace
+
+MFMAIN::MFMAIN(SessionSettings& session, QWidget* parent)
+    : QDialog(parent)
+    , m_session(session)
+    , m_prompts(this)
+    , m_card(session, m_prompts)
+    , m_entry(new EntryBoxes(this)) {
+    setObjectName(u"MFMAIN"_s);
+    setWindowTitle(u"Mifare Entry"_s);
+
+    LTITLE = new QLabel(u"Place your mifare card now and press connect button"_s, this);
+    LTITLE->setObjectName(u"LTITLE"_s);
+    QFont bold = LTITLE->font();
+    bold.setBold(true);
+    LTITLE->setFont(bold);
+
+    // What Connect fills is read from the card, never typed: Save trusts these boxes.
+    auto* card = new QFormLayout;
+    card->addRow(u"Card No"_s, makeBox(txt::CardNo, true));
+    card->addRow(u"Name"_s, makeBox(txt::Name, true));
+    card->addRow(u"Card Balance"_s, makeBox(txt::Balance, true));
+    card->addRow(u"Pending Topup Bal."_s, makeBox(txt::Pending, true));
+
+    const std::array<QString, 6> captions = {u"&Close"_s, u"&Save"_s, u"&Connect"_s,
+                                             u"&Save"_s,  u"&Save"_s, u"&Print"_s};
+    for (int i = 0; i < int(CBUT.size()); ++i) {
+        CBUT[i] = new QPushButton(captions[i], this);
+        CBUT[i]->setObjectName(u"CBUT(%1)"_s.arg(i));
+        // Enter moves between boxes; it must never press a Save by accident.
+        CBUT[i]->setAutoDefault(false);
+        connect(CBUT[i], &QPushButton::clicked, this, [this, i] {
+            guarded(this, [&] {
+                switch (i) {
+                case 0:
+                    reject();
+                    break;
+                case 2:
+                    connectClicked();
+                    break;
+                case 5:
+                    printEnquiry();
+                    break;
+                default:
+                    save(i);
+                }
+            });
+        });
+    }
+
+    STab = new QTabWidget(this);
+    STab->setObjectName(u"STab"_s);
+    STab->addTab(topUpPage(), u"Top Up"_s);
+    STab->addTab(withdrawPage(), u"Withdraw"_s);
+    STab->addTab(adjustmentPage(), u"Adjustment"_s);
+    STab->addTab(historyPage(), u"History"_s);
+
+    PData = makeGrid(u"PData"_s, this);
+    m_pending = new LedgerModel(this);
+    PData->setModel(m_pending);
+    auto* pendingLabel = new QLabel(u"&Pending Bal Details"_s, this);
+    pendingLabel->setBuddy(PData);
+
+    auto* side = new QVBoxLayout;
+    side->addWidget(pendingLabel);
+    side->addWidget(PData);
+    auto* top = new QHBoxLayout;
+    top->addLayout(card, 3);
+    top->addLayout(side, 2);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(CBUT[2]);
+    buttons->addWidget(CBUT[5]);
+    buttons->addStretch();
+    buttons->addWidget(CBUT[0]);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(LTITLE);
+    layout->addLayout(top);
+    layout->addWidget(STab);
+    layout->addLayout(buttons);
+    resize(720, 560);
+
+    connect(TXT[txt::TopUp], &QLineEdit::textChanged, this, [this](const QString& text) {
+        TXT[txt::Extra]->setText(extraValueText(text, m_session.MemberComm));
+    });
+    for (int i : {txt::TopUp, txt::Extra, txt::Withdraw, txt::AdjustIn, txt::AdjustOut}) {
+        m_entry->setCheck(TXT[i], [this, i] {
+            amountLeft(i);
+            return EntryBoxes::Outcome::Pass;
+        });
+    }
+    m_entry->setCheck(STCODE, [this] { return staffCodeLeft(); });
+    m_entry->setOnDown(STCODE, [this] { guarded(this, [&] { staffLookup(); }); });
+    m_entry->exempt(CBUT[0]);
+
+    activate();
+}
+
+MFMAIN::~MFMAIN() = default;
+
+QLineEdit* MFMAIN::makeBox(int index, bool readOnly) {
+    auto* box = new QLineEdit(this);
+    box->setObjectName(u"TXT(%1)"_s.arg(index));
+    box->setReadOnly(readOnly);
+    if (!readOnly)
+        m_entry->add(box);
+    TXT[index] = box;
+    return box;
+}
+
+QWidget* MFMAIN::topUpPage() {
+    auto* page = new QWidget(this);
+    auto* form = new QFormLayout(page);
+    form->addRow(u"Topup Value : (+)"_s, makeBox(txt::TopUp));
+    form->addRow(u"Extra Value : (+)"_s, makeBox(txt::Extra));
+    STCODE = new QLineEdit(page);
+    STCODE->setObjectName(u"STCODE"_s);
+    m_entry->add(STCODE);
+    form->addRow(u"Staff Code"_s, STCODE);
+    DownLineCode = new QLineEdit(page);
+    DownLineCode->setObjectName(u"DownLineCode"_s);
+    DownLineCode->setReadOnly(true); // the register owns the introducer
+    form->addRow(u"Introduced by"_s, DownLineCode);
+    form->addRow(QString(), CBUT[1]);
+    return page;
+}
+
+QWidget* MFMAIN::withdrawPage() {
+    auto* page = new QWidget(this);
+    auto* form = new QFormLayout(page);
+    form->addRow(u"Withdraw Value : (-)"_s, makeBox(txt::Withdraw));
+    form->addRow(QString(), CBUT[3]);
+    return page;
+}
+
+QWidget* MFMAIN::adjustmentPage() {
+    auto* page = new QWidget(this);
+    auto* form = new QFormLayout(page);
+    form->addRow(u"Adjust In. (+)"_s, makeBox(txt::AdjustIn));
+    form->addRow(u"Adjust Out. (-)"_s, makeBox(txt::AdjustOut));
+    form->addRow(u"Remark."_s, makeBox(txt::Remark));
+    form->addRow(QString(), CBUT[4]);
+    return page;
+}
+
+QWidget* MFMAIN::historyPage() {
+    auto* page = new QWidget(this);
+    MData = makeGrid(u"MData"_s, page);
+    m_history = new LedgerModel(this);
+    MData->setModel(m_history);
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(MData);
+    return page;
+}
+
+void MFMAIN::activate() {
+    CBUT[5]->setEnabled(false);
+    for (int tab : {TopUpTab, WithdrawTab, AdjustmentTab})
+        STab->setTabEnabled(tab, false);
+    const QString& mode = m_session.TransactionMode;
+    if (mode == u"TOPUP"_s) {
+        STab->setTabEnabled(TopUpTab, true);
+        TXT[txt::TopUp]->setText(m_session.AppValue.format());
+        STCODE->setText(m_session.CommStaffCode);
+        STab->setCurrentIndex(TopUpTab);
+    } else if (mode == u"WITHDRAW"_s) {
+        STab->setTabEnabled(WithdrawTab, true);
+        TXT[txt::Withdraw]->setText(m_session.AppValue.format());
+        STab->setCurrentIndex(WithdrawTab);
+    } else if (mode == u"ADJUSTMENT"_s) {
+        STab->setTabEnabled(AdjustmentTab, true);
+        STab->setCurrentIndex(AdjustmentTab);
+    } else {
+        STab->setCurrentIndex(HistoryTab);
+    }
+    CBUT[2]->setFocus();
+}
+
+bool MFMAIN::ReadCardToScreen() {
+    m_memberFound = false;
+    m_serialRead.clear();
+    TXT[txt::Pending]->setText(u"0.00"_s);
+    // A failed read must not leave the previous card's particulars on show.
+    for (int i : {txt::CardNo, txt::Name, txt::Balance})
+        TXT[i]->clear();
+
+    card::CardData data;
+    const card::ReadResult result = m_card.read(data);
+    if (result == card::ReadResult::DeviceFailed || result == card::ReadResult::NotOwnSerial) {
+        showError(this, card::readFailureMessage(result));
+        return false;
+    }
+    CBUT[5]->setEnabled(true);
+    TXT[txt::CardNo]->setText(data.code);
+    TXT[txt::Name]->setText(data.name);
+    if (result != card::ReadResult::Ok) {
+        showError(this, card::readFailureMessage(result));
+        return false;
+    }
+    TXT[txt::Balance]->setText(data.balance.format());
+    m_serialRead = m_session.CardSerial;
+
+    const QString& mode = m_session.TransactionMode;
+    const int focus = mode == u"TOPUP"_s        ? txt::TopUp
+                      : mode == u"WITHDRAW"_s   ? txt::Withdraw
+                      : mode == u"ADJUSTMENT"_s ? txt::AdjustIn
+                                                : -1;
+    if (focus >= 0) {
+        STab->setCurrentIndex(focus == txt::TopUp      ? TopUpTab
+                              : focus == txt::Withdraw ? WithdrawTab
+                                                       : AdjustmentTab);
+        focusBox(focus);
+    }
+    LoadMemberExtras(data.code);
+    return true;
+}
+
+void MFMAIN::connectClicked() {
+    if (!ReadCardToScreen())
+        return;
+    refreshHistory();
+    if (!m_memberFound) {
+        showError(this, NotAMember);
+        ClearEntry();
+    }
+}
+
+void MFMAIN::LoadMemberExtras(const QString& cardNo) {
+    TXT[txt::Pending]->setText(u"0.00"_s);
+    DownLineCode->clear();
+    m_session.IntroducerCode.clear();
+    const MemberExtras extras = pondar::LoadMemberExtras(m_session.Conn, cardNo);
+    m_memberFound = extras.found;
+    DownLineCode->setText(extras.introducer);
+    m_session.IntroducerCode = extras.introducer;
+    TXT[txt::Pending]->setText(extras.pending.format());
+    refreshPending();
+}
+
+void MFMAIN::ClearEntry() {
+    for (int i :
+         {txt::TopUp, txt::Extra, txt::Withdraw, txt::AdjustIn, txt::AdjustOut, txt::Remark})
+        TXT[i]->clear();
+    DownLineCode->clear();
+    STCODE->clear();
+    STab->setCurrentIndex(TopUpTab);
+    LoadMemberExtras(TXT[txt::CardNo]->text());
+}
+
+void MFMAIN::refreshHistory() {
+    m_history->setQuery(historyQuery(m_session.Conn, TXT[txt::CardNo]->text()));
+}
+
+void MFMAIN::refreshPending() {
+    m_pending->setQuery(pendingGridQuery(m_session.Conn, TXT[txt::CardNo]->text()));
+}
+
+TransactionBoxes MFMAIN::boxes() const {
+    TransactionBoxes b;
+    b.cardNo = TXT[txt::CardNo]->text();
+    b.name = TXT[txt::Name]->text();
+    b.balance = TXT[txt::Balance]->text();
+    b.topUp = TXT[txt::TopUp]->text();
+    b.adjustIn = TXT[txt::AdjustIn]->text();
+    b.adjustOut = TXT[txt::AdjustOut]->text();
+    b.withdraw = TXT[txt::Withdraw]->text();
+    b.remark = TXT[txt::Remark]->text();
+    b.pending = TXT[txt::Pending]->text();
+    b.extra = TXT[txt::Extra]->text();
+    b.staffCode = STCODE->text();
+    b.introducer = DownLineCode->text();
+    return b;
+}
+
+void MFMAIN::focusBox(int index) {
+    if (index < 0 || !TXT[index])
+        return;
+    TXT[index]->setFocus();
+    TXT[index]->selectAll();
+}
+
+void MFMAIN::save(int index) {
+    m_session.TransactionOk = false;
+    const TransactionBoxes typed = boxes();
+    const SaveDecision decision = index == 1   ? planTopUp(typed)
+                                  : index == 3 ? planWithdraw(typed)
+                                               : planAdjustment(typed);
+    if (!decision.plan) {
+        showError(this, decision.refusal.text, decision.refusal.title);
+        focusBox(decision.refusal.focus);
+        return;
+    }
+    // Without a member read by Connect there is no balance to build on.
+    if (!m_memberFound) {
+        showError(this, NotAMember);
+        return;
+    }
+    const SavePlan& plan = *decision.plan;
+    if (!sameCardOnReader())
+        return;
+    if (!m_card.confirmAndWriteValue(plan.billType, plan.writeValue, plan.newValue)) {
+        showError(this, u"Error Writing to Card !!!"_s);
+        return;
+    }
+
+    // The card holds the new value from here on: whatever happens next must not offer the
+    // same Save again.
+    m_form.boxes = typed;
+    const SaveOutcome outcome = saveTransaction(m_session, m_form, plan);
+    if (!outcome.ok) {
+        for (int i : {1, 3, 4})
+            CBUT[i]->setEnabled(false);
+        showError(this, outcome.message);
+        ReadCardToScreen();
+        return;
+    }
+    guarded(this, [&] { showScreen(Screen::Slip, m_session, this); });
+    if (ReadCardToScreen())
+        refreshHistory();
+    accept();
+}
+
+// The card on the reader must be the one Connect read, still holding the balance shown:
+// a card swapped or topped up elsewhere in between would otherwise receive another card's value.
+bool MFMAIN::sameCardOnReader() {
+    card::SilentPrompts silent;
+    card::MemberCard check(m_session, silent);
+    card::CardData data;
+    const card::ReadResult result = check.read(data);
+    if (result != card::ReadResult::Ok) {
+        showError(this, u"Error Writing to Card !!!"_s);
+        return false;
+    }
+    if (m_session.CardSerial != m_serialRead || data.code != TXT[txt::CardNo]->text() ||
+        data.balance.format() != TXT[txt::Balance]->text()) {
+        showError(this, u"Card on the reader is not the card read, press Connect again !!!"_s);
+        return false;
+    }
+    return true;
+}
+
+void MFMAIN::printEnquiry() {
+    m_session.EnquiryCardNo = TXT[txt::CardNo]->text();
+    m_session.EnquiryName = TXT[txt::Name]->text();
+    m_session.EnquiryBalance = Currency::parse(TXT[txt::Balance]->text());
+    m_session.SlipRefNo = u"ENQUIRY"_s;
+    showScreen(Screen::Slip, m_session, this);
+}
+
+void MFMAIN::amountLeft(int index) {
+    QLineEdit* box = TXT[index];
+    if (index == txt::AdjustIn || index == txt::AdjustOut) {
+        const int other = index == txt::AdjustIn ? txt::AdjustOut : txt::AdjustIn;
+        if (Currency::parse(box->text()) > Currency())
+            TXT[other]->setText(u"0.00"_s);
+    }
+    box->setText(reformatAmount(box->text()));
+}
+
+EntryBoxes::Outcome MFMAIN::staffCodeLeft() {
+    using Outcome = EntryBoxes::Outcome;
+    const QString code = STCODE->text();
+    if (code.isEmpty())
+        return Outcome::Pass;
+    if (!checkInput(this, code))
+        return Outcome::Refocus;
+    if (!members::findActiveStaff(m_session.Conn, code).found) {
+        showError(this, u"Invalid Staff Code !!!"_s);
+        return Outcome::Refuse;
+    }
+    STCODE->setText(code.trimmed().toUpper());
+    return Outcome::Pass;
+}
+
+void MFMAIN::staffLookup() {
+    members::setStaffLookup(m_session);
+    showScreen(Screen::Lookup, m_session, this);
+    if (!m_session.DialogAccepted)
+        return;
+    STCODE->setText(m_session.CurrentCode);
+    sendTab(STCODE);
+}
+
+void MFMAIN::done(int result) {
+    // The reader stays open while the screen reads cards and is released with it.
+    m_card.close();
+    QDialog::done(result);
+}
+
+} // namespace pondar

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "card/membercard.h"
+#include "card/widgetprompts.h"
+#include "members/entryboxes.h"
+#include "transactions/posting.h"
+
+#include <QDialog>
+
+#include <array>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTabWidget;
+class QTableView;
+
+namespace pondar {
+
+struct SessionSettings;
+class LedgerModel;
+
+// The transaction screen: the operator reads a member's card with Connect, types an amount on
+// the tab of the session's TransactionMode and saves it. A Save writes the card first and posts
+// only what the card took; the screen closes itself after a posted Save.
+class MFMAIN final : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit MFMAIN(SessionSettings& session, QWidget* parent = nullptr);
+    ~MFMAIN() override;
+
+    void done(int result) override;
+
+private:
+    QLineEdit* makeBox(int index, bool readOnly = false);
+    QWidget* topUpPage();
+    QWidget* withdrawPage();
+    QWidget* adjustmentPage();
+    QWidget* historyPage();
+    void activate();
+
+    // Connect: false when the card could not be read (its message was shown).
+    bool ReadCardToScreen();
+    void connectClicked();
+    void LoadMemberExtras(const QString& cardNo);
+    void ClearEntry();
+    void refreshHistory();
+    void refreshPending();
+
+    void save(int index);
+    bool sameCardOnReader();
+    void printEnquiry();
+    TransactionBoxes boxes() const;
+    void focusBox(int index);
+
+    void amountLeft(int index);
+    EntryBoxes::Outcome staffCodeLeft();
+    void staffLookup();
+
+    SessionSettings& m_session;
+    card::WidgetPrompts m_prompts;
+    card::MemberCard m_card;
+    EntryBoxes* m_entry;
+    TransactionForm m_form;
+    bool m_memberFound = false;
+    QString m_serialRead; // the serial of the card Connect read, so Save can tell a swapped card
+
+    QLabel* LTITLE = nullptr;
+    std::array<QLineEdit*, 12> TXT{}; // 3 and 5 are not used
+    QTabWidget* STab = nullptr;
+    QLineEdit* STCODE = nullptr;
+    QLineEdit* DownLineCode = nullptr;
+    QTableView* MData = nullptr;
+    QTableView* PData = nullptr;
+    std::array<QPushButton*, 6> CBUT{};
+    LedgerModel* m_history = nullptr;
+    LedgerModel* m_pending = nullptr;
+};
+
+} // namespace pondar
