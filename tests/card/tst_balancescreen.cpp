@@ -88,6 +88,21 @@ private Q_SLOTS:
         QVERIFY(messages.seen().isEmpty());
     }
 
+    // A broken connection is reported once, not once a second.
+    void databaseFailureShownOnce() {
+        test::CardSim sim;
+        SessionSettings s;
+        sim.attach(s);
+        sim.put({1, 2, 3, 4});
+        issue(s, u"000001"_s, u"5"_s);
+        test::MessageBoxes messages;
+        MFBAL display(s);
+        display.refresh();
+        display.refresh();
+        QCOMPARE(messages.seen().size(), 1);
+        QCOMPARE(messages.seen().first().title, u"Message"_s);
+    }
+
     void frameStaysCentred() {
         SessionSettings s;
         s.Reader = makeAbsentReader();
