@@ -152,7 +152,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("errors");
         QTest::newRow("exact") << u"KRWD3917"_s << true << 0;
         QTest::newRow("lower case") << u"krwd3917"_s << false << 1;
-        QTest::newRow("trailing blank") << u"KRWD3917 "_s << false << 1;
         QTest::newRow("empty") << QString() << false << 1;
     }
     void passwordGate() {
