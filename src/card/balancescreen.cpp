@@ -57,12 +57,22 @@ MFBAL::MFBAL(SessionSettings& session, QWidget* parent)
 }
 
 void MFBAL::refresh() {
-    // A database error is shown in a box; the next tick must not pile a second one on it.
+    // While a box is up, the next tick must not pile a second one on it.
     m_timer->stop();
     for (QLineEdit* box : m_txt)
         box->clear();
     guarded(this, [&] {
-        const BalanceTexts texts = pollBalance(m_session);
+        BalanceTexts texts;
+        try {
+            texts = pollBalance(m_session);
+            m_lastError.clear();
+        } catch (const Error& e) {
+            // The same failure once a second would bury the display, and F12, under boxes.
+            if (e.message() == m_lastError)
+                return;
+            m_lastError = e.message();
+            throw;
+        }
         m_txt[0]->setText(texts.cardNo);
         m_txt[1]->setText(texts.name);
         m_txt[2]->setText(texts.balance);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QString>
 
 #include <array>
 
@@ -40,6 +41,7 @@ private:
     QFrame* m_frame = nullptr;
     std::array<QLineEdit*, 4> m_txt{};
     QTimer* m_timer = nullptr;
+    QString m_lastError; // shown once while it lasts
 };
 
 } // namespace card

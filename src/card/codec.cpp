@@ -78,6 +78,8 @@ std::uint8_t hexByte(QStringView text, int position) {
 }
 
 QString twoDigitHex(std::uint8_t value) {
+    // The till kept a fixed table for 10 to 15 and the values ending in A; its entries are the
+    // plain upper-case hex form, so one rule serves every value.
     return QString::number(value, 16).toUpper().rightJustified(2, u'0') + u' ';
 }
 

@@ -4,7 +4,8 @@ target_sources(pondar_core PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/simreader.cpp
     ${CMAKE_CURRENT_LIST_DIR}/readeraccess.cpp
     ${CMAKE_CURRENT_LIST_DIR}/membercard.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/balance.cpp)
+    ${CMAKE_CURRENT_LIST_DIR}/balance.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/simfolder.cpp)
 if(WIN32)
     target_sources(pondar_core PRIVATE ${CMAKE_CURRENT_LIST_DIR}/vendorreader.cpp)
 endif()

@@ -73,6 +73,11 @@ private Q_SLOTS:
         QCOMPARE(card.read(data), ReadResult::ValueSectorFailed);
         QCOMPARE(data.code, u"000002"_s); // what was read before the failure stays
         QCOMPARE(readFailureMessage(ReadResult::ValueSectorFailed), u"Error Open Device !!!"_s);
+
+        // A garbled balance must stop the read, or a top-up would write over it.
+        sim.put({1, 2, 3, 4});
+        issue(s, u"000004"_s, u"LIM"_s, u"12x"_s);
+        QCOMPARE(card.read(data), ReadResult::BadBalance);
     }
 
     // A copied record carries the serial of the card it came from.
@@ -103,13 +108,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("readable");
         QTest::addColumn<QString>("balance");
         QTest::newRow("decimal") << padded("150.5") << true << u"150.5"_s;
-        QTest::newRow("whole") << padded("200") << true << u"200"_s;
         QTest::newRow("negative") << padded("-20.25") << true << u"-20.25"_s;
         QTest::newRow("never written") << QByteArray(16, '\0') << true << u"0"_s;
         QTest::newRow("trailing letters") << padded("12x") << false << QString();
-        QTest::newRow("two points") << padded("1.2.3") << false << QString();
-        QTest::newRow("leading blank") << padded(" 5") << false << QString();
-        QTest::newRow("comma") << padded("1,5") << false << QString();
         QTest::newRow("garbage after padding")
             << QByteArray("5\0\0\0\0\0\0\0\0\0\0\0\0\0\0x", 16) << false << QString();
         QTest::newRow("out of range") << QByteArray("9999999999999999") << false << QString();
@@ -125,18 +126,6 @@ private Q_SLOTS:
         QCOMPARE(parseBalance(block, value), readable);
         if (readable)
             QCOMPARE(value.toShortString(), balance);
-    }
-
-    // A garbled balance must stop the read, or a top-up would write over it.
-    void garbledBalanceStopsTheRead() {
-        test::CardSim sim;
-        SessionSettings s;
-        sim.attach(s);
-        sim.put({1, 2, 3, 4});
-        issue(s, u"000004"_s, u"LIM"_s, u"12x"_s);
-        test::RecordingPrompts prompts;
-        CardData data;
-        QCOMPARE(MemberCard(s, prompts).read(data), ReadResult::BadBalance);
     }
 
     void fieldLimits() {

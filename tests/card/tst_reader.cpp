@@ -53,20 +53,6 @@ private Q_SLOTS:
         QCOMPARE(int(libraryPort(text)), port);
     }
 
-    void simulatorOpensFirstPortOnly() {
-        test::CardSim sim;
-        SessionSettings s;
-        sim.attach(s);
-        test::RecordingPrompts prompts;
-        ReaderAccess access(s, prompts);
-        for (const QString& port : {u"0"_s, u"1"_s, u"7"_s}) {
-            s.ReaderHandle = -1;
-            QVERIFY(access.openReader(port));
-        }
-        QVERIFY(!access.openReader(u"2"_s));
-        QCOMPARE(s.ReaderHandle, status::InvalidPort);
-    }
-
     void serialTexts_data() {
         QTest::addColumn<int>("type");
         QTest::addColumn<QByteArray>("uid");
@@ -113,6 +99,7 @@ private Q_SLOTS:
         ReaderLibrary& lib = *sim.reader;
         uint8 type = 0, length = 0, serial[10], data[16];
 
+        QCOMPARE(lib.Open(1), status::InvalidPort);
         const int16 h = lib.Open(0);
         QCOMPARE(lib.Select(h, type, length, serial), status::NoTag);
         sim.put({1, 2, 3, 4});
@@ -152,21 +139,6 @@ private Q_SLOTS:
         QCOMPARE(sim.image(), locked);
         uint8 data[16];
         QCOMPARE(lib.Read(h, 1, data), status::Ok);
-    }
-
-    // The demo's tray puts a card on the reader as a link to the card's own file.
-    void writesThroughALinkLandInTheCard() {
-        test::CardSim sim;
-        const QString card = sim.dir.filePath(u"card-01020304.mfd"_s);
-        QFile f(card);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(blankCardImage({1, 2, 3, 4}));
-        f.close();
-        QVERIFY(QFile::link(card, sim.field()));
-        const int16 h = ready(*sim.reader, 10);
-        QCOMPARE(sim.reader->Write(h, 41, Data), status::Ok);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QCOMPARE(f.readAll().mid(41 * 16, 16), QByteArray(reinterpret_cast<const char*>(Data), 16));
     }
 
     void cardTakenAwayOrSwappedBetweenCalls() {
@@ -218,19 +190,6 @@ private Q_SLOTS:
         QCOMPARE(access.readBlock(10, u"x"_s), sim.block(40)); // not a number: block 0
         QCOMPARE(access.readBlock(10, u"3"_s), sim.block(43));
         QVERIFY_THROWS_EXCEPTION(pondar::Error, access.readBlock(64, u"0"_s));
-    }
-
-    void statusTexts() {
-        const int16 codes[] = {-1000, -2000, -2010, -2020, -2030, -3000, -3010,
-                               -3020, -3030, -3040, -4010, -4020, -4030};
-        for (const int16 code : codes) {
-            const QString text = statusText(code);
-            QVERIFY2(text.startsWith(u"( X ) "_s), qPrintable(text));
-            QVERIFY2(text.endsWith(u" : "_s + QString::number(code)), qPrintable(text));
-        }
-        QCOMPARE(statusText(-3000), u"( X ) No TAG Selected or in Reachable Range : -3000"_s);
-        QCOMPARE(statusText(0), QString());
-        QCOMPARE(statusText(-3001), QString());
     }
 
     void environmentChoosesTheLibrary() {
