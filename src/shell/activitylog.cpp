@@ -26,7 +26,7 @@ void writeLog(const SessionSettings& session, const QString& description) {
     db::exec(session.Conn,
              u"INSERT INTO Customize_Log (StaffCode,BizDate,ActualDate,Description) "
              "VALUES (?,?,?,?)"_s,
-             {session.StaffCode, bizDateValue(session.BzDate), isoDateTime(session.now()),
+             {session.StaffCode, bizDateValue(session.BzDate), session.now(),
               logDescription(description)});
 }
 

@@ -4,6 +4,8 @@
 #include <QSqlError>
 #include <QStringList>
 
+#include <optional>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::db {
@@ -44,6 +46,9 @@ QStringList statements(const char* ddl) {
     return out;
 }
 
+// SQL Server has no "IF NOT EXISTS" on CREATE TABLE. OBJECT_ID resolves a name as the
+// component's statements will (the login's default schema), so a table the DBA created there
+// counts, and the component then needs no right to create tables.
 bool sqlServerObjectExists(const QSqlDatabase& db, const QString& statement) {
     // "CREATE TABLE name (" or "CREATE INDEX name ON table (".
     const QStringList words = statement.simplified().split(u' ');
@@ -51,9 +56,10 @@ bool sqlServerObjectExists(const QSqlDatabase& db, const QString& statement) {
         return false;
     const QString name = words.at(2).section(u'(', 0, 0);
     if (words.at(1).compare(u"TABLE"_s, Qt::CaseInsensitive) == 0)
-        return hasRow(db, u"SELECT 1 FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_NAME = ?"_s,
-                      {name});
-    return hasRow(db, u"SELECT 1 FROM sys.indexes WHERE name = ?"_s, {name});
+        return hasRow(db, u"SELECT 1 WHERE OBJECT_ID(?, 'U') IS NOT NULL"_s, {name});
+    const QString table = words.value(4).section(u'(', 0, 0);
+    return hasRow(db, u"SELECT 1 FROM sys.indexes WHERE name = ? AND object_id = OBJECT_ID(?)"_s,
+                  {name, table});
 }
 
 void runDdl(const QSqlDatabase& db, const char* sqlite, const char* sqlServer) {
@@ -74,9 +80,29 @@ void runDdl(const QSqlDatabase& db, const char* sqlite, const char* sqlServer) {
 Dialect dialect(const QSqlDatabase& db) {
     if (db.driverName() == u"QSQLITE"_s)
         return Dialect::SQLite;
-    if (const QSqlDriver* driver = db.driver(); driver && driver->dbmsType() == QSqlDriver::SQLite)
+    QSqlDriver* driver = db.driver();
+    if (!driver)
+        return Dialect::SqlServer;
+    switch (driver->dbmsType()) {
+    case QSqlDriver::SQLite:
         return Dialect::SQLite;
-    return Dialect::SqlServer;
+    case QSqlDriver::MSSqlServer:
+    case QSqlDriver::Sybase:
+        return Dialect::SqlServer;
+    default:
+        break;
+    }
+    // Qt's ODBC driver names SQL Server but not SQLite: ask the engine once and keep the answer
+    // on the driver object, which lives exactly as long as the connection.
+    static const char* const known = "pondarDialect";
+    if (const QVariant answer = driver->property(known); answer.isValid())
+        return answer.toBool() ? Dialect::SQLite : Dialect::SqlServer;
+    if (!db.isOpen())
+        return Dialect::SqlServer;
+    QSqlQuery probe(db);
+    const bool sqlite = probe.exec(u"SELECT sqlite_version()"_s);
+    driver->setProperty(known, sqlite);
+    return sqlite ? Dialect::SQLite : Dialect::SqlServer;
 }
 
 void requireOpen(const QSqlDatabase& db) {
@@ -87,17 +113,42 @@ void requireOpen(const QSqlDatabase& db) {
                             u"\" is not open."_s);
 }
 
-QSqlQuery exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
+namespace {
+
+QSqlQuery run(const QSqlDatabase& db, const QString& sql, const QVariantList& values,
+              bool forwardOnly) {
     requireOpen(db);
     QSqlQuery query(db);
-    query.setForwardOnly(true);
+    query.setForwardOnly(forwardOnly);
+    // Decimals as exact text where the driver has it (ODBC: money on SQL Server), not as a
+    // double; readMoney takes both. The SQLite driver gives doubles either way.
+    query.setNumericalPrecisionPolicy(QSql::HighPrecision);
     if (!query.prepare(sql))
         fail(query.lastError(), sql);
-    for (const QVariant& value : values)
-        query.addBindValue(value);
+    std::optional<Dialect> engine;
+    for (const QVariant& value : values) {
+        const int type = value.typeId();
+        if (type == QMetaType::QDateTime || type == QMetaType::QDate) {
+            if (!engine)
+                engine = dialect(db);
+            query.addBindValue(bindValue(*engine, value));
+        } else {
+            query.addBindValue(value);
+        }
+    }
     if (!query.exec())
         fail(query.lastError(), sql);
     return query;
+}
+
+} // namespace
+
+QSqlQuery exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
+    return run(db, sql, values, true);
+}
+
+QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
+    return run(db, sql, values, false);
 }
 
 bool hasRow(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
@@ -124,6 +175,41 @@ Currency readMoney(const QVariant& value) {
     if (value.typeId() == QMetaType::Double || value.typeId() == QMetaType::Float)
         return Currency::fromDouble(value.toDouble());
     return Currency::parse(value.toString());
+}
+
+QVariant bindValue(Dialect dialect, const QVariant& value) {
+    QDateTime moment;
+    if (value.typeId() == QMetaType::QDateTime)
+        moment = value.toDateTime();
+    else if (value.typeId() == QMetaType::QDate)
+        moment = value.toDate().startOfDay();
+    else
+        return value;
+    if (!moment.isValid())
+        return dialect == Dialect::SQLite ? QVariant(QMetaType::fromType<QString>())
+                                          : QVariant(QMetaType::fromType<QDateTime>());
+    const QTime t = moment.time();
+    moment.setTime(QTime(t.hour(), t.minute(), t.second()));
+    if (dialect == Dialect::SQLite)
+        return moment.toString(u"yyyy-MM-dd HH:mm:ss"_s);
+    return moment;
+}
+
+QDateTime readDateTime(const QVariant& value) {
+    if (value.isNull())
+        return {};
+    if (value.typeId() == QMetaType::QDateTime)
+        return value.toDateTime();
+    if (value.typeId() == QMetaType::QDate)
+        return value.toDate().startOfDay();
+    // "yyyy-mm-dd hh:mm:ss", also with a "T" or fractions of a second, or a bare day.
+    QString text = value.toString().trimmed();
+    if (text.size() == 10)
+        text += u" 00:00:00"_s;
+    text = text.left(19);
+    if (text.size() > 10 && text.at(10) == u'T')
+        text[10] = u' ';
+    return QDateTime::fromString(text, u"yyyy-MM-dd HH:mm:ss"_s);
 }
 
 } // namespace pondar::db

@@ -3,6 +3,7 @@
 #include <pondar/currency.h>
 #include <pondar/error.h>
 
+#include <QDateTime>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
@@ -17,6 +18,8 @@ public:
     using Error::Error;
 };
 
+// The engine behind a connection, whichever Qt driver reaches it: the Qt SQLite driver, or ODBC
+// to SQL Server (FreeTDS, the vendor's driver) or to SQLite (the SQLite ODBC driver).
 enum class Dialect { SQLite, SqlServer };
 Dialect dialect(const QSqlDatabase& db);
 
@@ -24,8 +27,13 @@ Dialect dialect(const QSqlDatabase& db);
 void requireOpen(const QSqlDatabase& db);
 
 // Prepares the statement on the given connection, binds the values in order to its "?"
-// placeholders and runs it forward-only. Throws DatabaseError with the driver's text.
+// placeholders (through bindValue) and runs it forward-only. Throws DatabaseError with the
+// driver's text. On SQL Server an unfinished forward-only result keeps the connection busy:
+// take what you need from it and let it go before running the next statement.
 QSqlQuery exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
+// The same, scrollable, for a QSqlQueryModel, which seeks back; rows still arrive only as the
+// model asks for them.
+QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
 
 // Whether the statement returns at least one row.
 bool hasRow(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
@@ -38,5 +46,14 @@ void createHostTables(const QSqlDatabase& db);
 // Money in and out of the tables: bound as exact decimal text, read back rounded to 4 decimals.
 QVariant bindMoney(Currency value);
 Currency readMoney(const QVariant& value);
+
+// Date-times are bound as QDateTime (a QDate stands for its midnight) and stored the way the
+// engine cannot misread them: ISO text "yyyy-mm-dd hh:mm:ss" on SQLite, a typed timestamp on
+// SQL Server, where text would be read by the login's language and date format. Whole seconds
+// on both. Other values pass unchanged.
+QVariant bindValue(Dialect dialect, const QVariant& value);
+// A date-time column, whether the driver hands it back typed (ODBC) or as ISO text (SQLite);
+// invalid when null or unreadable.
+QDateTime readDateTime(const QVariant& value);
 
 } // namespace pondar::db

@@ -69,9 +69,9 @@ QString isoDayEnd(QDate day) {
     return day.toString(u"yyyy-MM-dd"_s) + u" 23:59:59"_s;
 }
 
-QString bizDateValue(const QString& bzDate) {
+QVariant bizDateValue(const QString& bzDate) {
     const QDate d = parseDate(bzDate);
-    return d.isValid() ? isoDayStart(d) : bzDate;
+    return d.isValid() ? QVariant(d.startOfDay()) : QVariant(bzDate);
 }
 
 QString displayDateTime(const QDateTime& moment) {

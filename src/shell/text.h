@@ -4,6 +4,7 @@
 #include <QDate>
 #include <QDateTime>
 #include <QString>
+#include <QVariant>
 
 namespace pondar {
 
@@ -18,14 +19,15 @@ double leadingNumber(const QString& text);
 // "dd/mm/yyyy" as typed and as the host passes the business date; "yyyy-mm-dd" is taken too.
 QDate parseDate(const QString& text);
 
-// How dates go into the database: ISO text, which SQLite and SQL Server both order correctly.
+// Date-times as ISO text, which SQLite and SQL Server both order correctly. Statements bind
+// QDateTime values instead (db::bindValue picks the engine's form).
 QString isoDateTime(const QDateTime& moment);
 QString isoDayStart(QDate day);
 QString isoDayEnd(QDate day);
 
-// The business date as a database value: that day at 00:00:00, or the text as given when the
-// host passed something that is not a date.
-QString bizDateValue(const QString& bzDate);
+// The business date as a value to bind: that day at 00:00:00 (a QDateTime), or the text as given
+// when the host passed something that is not a date.
+QVariant bizDateValue(const QString& bzDate);
 
 // The default date-time conversion of the screens and reports: "dd/mm/yyyy hh:mm:ss".
 QString displayDateTime(const QDateTime& moment);

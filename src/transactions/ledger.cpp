@@ -4,39 +4,23 @@
 #include "shell/session.h"
 #include "shell/text.h"
 
-#include <QSqlError>
 #include <QSqlRecord>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace pondar {
 
-namespace {
-
-// A scrollable query for a model: QSqlQueryModel needs to seek back, which a forward-only
-// query cannot. Rows still arrive only as the model asks for them.
-QSqlQuery gridQuery(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
-    db::requireOpen(db);
-    QSqlQuery query(db);
-    if (!query.prepare(sql))
-        throw db::DatabaseError(query.lastError().text() + u"\n\n"_s + sql);
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        throw db::DatabaseError(query.lastError().text() + u"\n\n"_s + sql);
-    return query;
-}
-
-} // namespace
-
 MemberExtras LoadMemberExtras(const QSqlDatabase& db, const QString& cardNo) {
     MemberExtras extras;
-    QSqlQuery member = db::exec(
-        db, u"Select DownlineCode from tloy_mt_member where NonActive=0 and MemberCode=?"_s,
-        {cardNo});
-    if (member.next()) {
-        extras.found = true;
-        extras.introducer = member.value(0).toString();
+    {
+        // Let the result go before the next statement: SQL Server serves one at a time.
+        QSqlQuery member = db::exec(
+            db, u"Select DownlineCode from tloy_mt_member where NonActive=0 and MemberCode=?"_s,
+            {cardNo});
+        if (member.next()) {
+            extras.found = true;
+            extras.introducer = member.value(0).toString();
+        }
     }
     extras.pending = pendingBalance(db, cardNo);
     return extras;
@@ -62,18 +46,18 @@ void AddIntroducerCredit(const SessionSettings& session, Currency topUp, const Q
 }
 
 QSqlQuery pendingGridQuery(const QSqlDatabase& db, const QString& cardNo) {
-    return gridQuery(db,
-                     u"select DateInput as [Date],BillNo as [Ref],FValue as [Value] from "
-                     "Customize_Topup where UpdateStatus=0 and CardNo=? order by DateInput"_s,
-                     {cardNo});
+    return db::scrollable(db,
+                          u"select DateInput as [Date],BillNo as [Ref],FValue as [Value] from "
+                          "Customize_Topup where UpdateStatus=0 and CardNo=? order by DateInput"_s,
+                          {cardNo});
 }
 
 QSqlQuery historyQuery(const QSqlDatabase& db, const QString& cardNo) {
-    return gridQuery(db,
-                     u"select Billtype as [Type],TrsDate as [Date],BillNo as [Receipt],"
-                     "PValue as [Value],RefTrsNo as [Ref] from Customize_Transaction "
-                     "where CardNo=? order by RefTrsNo"_s,
-                     {cardNo});
+    return db::scrollable(db,
+                          u"select Billtype as [Type],TrsDate as [Date],BillNo as [Receipt],"
+                          "PValue as [Value],RefTrsNo as [Ref] from Customize_Transaction "
+                          "where CardNo=? order by RefTrsNo"_s,
+                          {cardNo});
 }
 
 QVariant LedgerModel::data(const QModelIndex& item, int role) const {
@@ -88,7 +72,7 @@ QVariant LedgerModel::data(const QModelIndex& item, int role) const {
         }
     }
     if (item.column() == m_dateColumn) {
-        const QDateTime moment = QDateTime::fromString(value.toString(), u"yyyy-MM-dd HH:mm:ss"_s);
+        const QDateTime moment = db::readDateTime(value);
         if (moment.isValid())
             return displayDateTime(moment);
     }

@@ -32,7 +32,7 @@ void step(QStringList* done, const QString& name) {
 void PostTransaction(const SessionSettings& session, TransactionForm& form, const SavePlan& plan,
                      QStringList* done) {
     const TransactionBoxes& b = form.boxes;
-    const QString trsDate = bizDateValue(session.BzDate);
+    const QVariant trsDate = bizDateValue(session.BzDate);
     const Currency pending = Currency::parse(b.pending);
 
     if (pending > Currency()) {
@@ -51,7 +51,7 @@ void PostTransaction(const SessionSettings& session, TransactionForm& form, cons
         db::exec(session.Conn,
                  u"UPDATE Customize_Topup set DateUpdate=?,UpdateStatus=1 "
                  "where CardNo=? and UpdateStatus=0"_s,
-                 {isoDateTime(session.now()), textValue(b.cardNo)});
+                 {session.now(), textValue(b.cardNo)});
         step(done, u"pending top-ups settled"_s);
     }
 

@@ -2,6 +2,7 @@
 
 #include "shell/database.h"
 
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QUuid>
 
@@ -9,12 +10,29 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::test {
 
+namespace {
+
+// The driver's name in the odbcinst.ini that the test build writes.
+const QString OdbcDriver = u"Pondar SQLite3"_s;
+
+} // namespace
+
 Fixture::Fixture()
     : m_connection(u"test-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces)) {
-    QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
-    db.setDatabaseName(path(u"host.db"_s));
+    QSqlDatabase db;
+    if (overOdbc()) {
+        if (qEnvironmentVariableIsEmpty("ODBCSYSINI"))
+            qFatal("PONDAR_TEST_DB=odbc needs ODBCSYSINI: run the test through ctest");
+        db = QSqlDatabase::addDatabase(u"QODBC"_s, m_connection);
+        // Timeout: wait for a lock as the Qt SQLite driver does, rather than fail at once.
+        db.setDatabaseName(u"DRIVER={"_s + OdbcDriver + u"};Database="_s + path(u"host.db"_s) +
+                           u";Timeout=5000;"_s);
+    } else {
+        db = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
+        db.setDatabaseName(path(u"host.db"_s));
+    }
     if (!db.open())
-        qFatal("cannot open the test database");
+        qFatal("cannot open the test database: %s", qPrintable(db.lastError().text()));
     db::createHostTables(db);
     db::ensureSchema(db);
 }
@@ -25,6 +43,10 @@ Fixture::~Fixture() {
         db.close();
     }
     QSqlDatabase::removeDatabase(m_connection);
+}
+
+bool Fixture::overOdbc() {
+    return qEnvironmentVariable("PONDAR_TEST_DB") == u"odbc"_s;
 }
 
 QSqlDatabase Fixture::db() const {
@@ -51,11 +73,17 @@ void Fixture::addStaff(const QString& code, const QString& name, bool inactive) 
 
 QVariant Fixture::scalar(const QString& sql, const QVariantList& values) const {
     QSqlQuery q = db::exec(db(), sql, values);
-    return q.next() ? q.value(0) : QVariant();
+    return q.next() ? plain(q.value(0)) : QVariant();
 }
 
 int Fixture::count(const QString& table) const {
     return scalar(u"SELECT COUNT(*) FROM "_s + table).toInt();
+}
+
+QVariant plain(const QVariant& value) {
+    if (value.typeId() == QMetaType::QDateTime && !value.isNull())
+        return value.toDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s);
+    return value;
 }
 
 } // namespace pondar::test

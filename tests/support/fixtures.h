@@ -9,14 +9,20 @@
 
 namespace pondar::test {
 
-// A temporary folder holding an SQLite database with the host tables and the component's
-// tables, a settings file and a printer file. Each fixture has a connection of its own.
+// A temporary folder holding a database with the host tables and the component's tables, a
+// settings file and a printer file. Each fixture has a connection of its own.
+//
+// The back end follows PONDAR_TEST_DB: unset, the Qt SQLite driver; "odbc", Qt's ODBC driver
+// through unixODBC and the SQLite ODBC driver named in the odbcinst.ini that ODBCSYSINI points
+// at, on the same kind of database file. CTest runs each database test both ways.
 class Fixture final {
 public:
     Fixture();
     ~Fixture();
     Fixture(const Fixture&) = delete;
     Fixture& operator=(const Fixture&) = delete;
+
+    static bool overOdbc();
 
     QSqlDatabase db() const;
     QString path(const QString& name) const;
@@ -26,7 +32,8 @@ public:
     void addMember(const QString& code, const QString& name, const QString& introducer = {},
                    bool inactive = false);
     void addStaff(const QString& code, const QString& name, bool inactive = false);
-    // Runs a statement and returns the first column of its first row (null when none).
+    // Runs a statement and returns the first column of its first row (null when none), in the
+    // form the SQLite driver gives it whichever back end runs (see plain()).
     QVariant scalar(const QString& sql, const QVariantList& values = {}) const;
     int count(const QString& table) const;
 
@@ -34,5 +41,10 @@ private:
     QTemporaryDir m_dir;
     QString m_connection;
 };
+
+// A value read from the database as the SQLite driver gives it: a date-time that the ODBC
+// driver hands back typed becomes ISO text "yyyy-mm-dd hh:mm:ss"; anything else is unchanged.
+// Lets one expectation serve both back ends.
+QVariant plain(const QVariant& value);
 
 } // namespace pondar::test
