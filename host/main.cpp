@@ -7,6 +7,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QMessageBox>
+#include <QSqlError>
 #include <QStandardPaths>
 
 using namespace Qt::Literals::StringLiterals;
@@ -31,6 +32,12 @@ int main(int argc, char** argv) {
     const QCommandLineOption trayOption(
         u"tray"_s, u"Show only the card tray of a simulated reader's folder."_s, u"folder"_s);
     parser.addOption(trayOption);
+    const QCommandLineOption odbcOption(
+        u"odbc"_s,
+        u"Keep the host's tables behind this ODBC connection string (\"DRIVER=...;...\") "
+        "instead of the SQLite file in the data folder."_s,
+        u"connection"_s);
+    parser.addOption(odbcOption);
     parser.process(app);
 
     if (parser.isSet(trayOption)) {
@@ -43,11 +50,13 @@ int main(int argc, char** argv) {
 
     const DemoData data(QDir(parser.value(dataOption)).absolutePath());
     QDir().mkpath(data.folder);
-    QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"host"_s);
-    db.setDatabaseName(data.database);
+    const bool odbc = parser.isSet(odbcOption);
+    QSqlDatabase db = QSqlDatabase::addDatabase(odbc ? u"QODBC"_s : u"QSQLITE"_s, u"host"_s);
+    db.setDatabaseName(odbc ? parser.value(odbcOption) : data.database);
     if (!db.open()) {
         QMessageBox::critical(nullptr, u"Pondar demo host"_s,
-                              u"Cannot open the demo database "_s + data.database);
+                              u"Cannot open the demo database "_s + db.databaseName() + u"\n\n"_s +
+                                  db.lastError().text());
         return 1;
     }
     if (const QString error = data.prepare(db); !error.isEmpty()) {
