@@ -65,6 +65,14 @@ struct Till {
             qFatal("cannot issue the card");
         c.close();
     }
+    // Member 000123 with 5.00 pending and a card of 20.00 on the reader.
+    void maxWithPending(const QString& introducer = {}) {
+        f.addMember(u"000123"_s, u"Max"_s, introducer);
+        db::exec(f.db(),
+                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
+                 {u"000123"_s});
+        card(u"000123"_s, u"Max"_s, u"20"_s);
+    }
     QString cardValue() const {
         const QByteArray block = sim.block(card::ValueSector * 4);
         return QString::fromLatin1(block.left(block.indexOf('\0')));
@@ -114,11 +122,7 @@ private Q_SLOTS:
     void topUpWorkedExample() {
         Till till;
         till.f.addMember(u"000045"_s, u"Ida"_s);
-        till.f.addMember(u"000123"_s, u"Max"_s, u"000045"_s);
-        db::exec(till.f.db(),
-                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
-                 {u"000123"_s});
-        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        till.maxWithPending(u"000045"_s);
         test::MessageBoxes boxes;
         boxes.queue(QMessageBox::Yes);
         QStringList shown;
@@ -190,11 +194,7 @@ private Q_SLOTS:
         QFETCH(QString, card);
         QFETCH(QString, line);
         Till till;
-        till.f.addMember(u"000123"_s, u"Max"_s);
-        db::exec(till.f.db(),
-                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
-                 {u"000123"_s});
-        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        till.maxWithPending();
         test::MessageBoxes boxes;
         boxes.queue(QMessageBox::Yes);
         Screens screens([&](QWidget* w) {
@@ -236,11 +236,7 @@ private Q_SLOTS:
         QFETCH(int, save);
         QFETCH(QString, message);
         Till till;
-        till.f.addMember(u"000123"_s, u"Max"_s);
-        db::exec(till.f.db(),
-                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
-                 {u"000123"_s});
-        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        till.maxWithPending();
         const QByteArray before = till.sim.image();
         test::MessageBoxes boxes; // answers the confirmation No
         bool stillOpen = false;
