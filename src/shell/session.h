@@ -49,6 +49,10 @@ struct SessionSettings {
     QString CommStaffName;
     QString SlipRefNo;
     QString SlipAction;
+    // What the transaction screen shows, for the enquiry slip (SlipRefNo "ENQUIRY").
+    QString EnquiryCardNo;
+    QString EnquiryName;
+    Currency EnquiryBalance;
     QString IntroducerCode;  // the member's introducer, read by the transaction screen
     QString CurrentCardNo;   // the card last read by the balance display
     QString ConfirmQuestion; // the last card-value question asked

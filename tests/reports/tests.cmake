@@ -1,0 +1,1 @@
+pondar_test(tst_slip reports/tst_slip.cpp)
