@@ -1,6 +1,7 @@
 target_sources(pondar_core PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/reporttext.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/slip.cpp)
+    ${CMAKE_CURRENT_LIST_DIR}/slip.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/eod.cpp)
 target_sources(pondar PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/entry.cpp
     ${CMAKE_CURRENT_LIST_DIR}/widgets.cpp
