@@ -1,4 +1,5 @@
 #include "reports/ledger.h"
+#include "reports/reporttext.h"
 #include "reports/slip.h"
 #include "support/fixtures.h"
 
@@ -149,6 +150,32 @@ private Q_SLOTS:
                         line(u"R5"_s, u"IN"_s, {{u"PreviousValue"_s, stored}}));
         QVERIFY(test::linesOf(reports::transactionSlip(f.db(), u"R5"_s, u"ENQUIRY"_s))
                     .contains(u"Previous Value : "_s + printed));
+    }
+
+    void storedDatesPrintAsDayMonthYear_data() {
+        QTest::addColumn<QVariant>("stored");
+        QTest::addColumn<QString>("dateTime");
+        QTest::addColumn<QString>("date");
+        QTest::newRow("ISO text") << QVariant(u"2024-02-01 14:05:09"_s) << u"01/02/2024 14:05:09"_s
+                                  << u"01/02/2024"_s;
+        QTest::newRow("with T and fraction") << QVariant(u"2024-12-31T23:59:59.500"_s)
+                                             << u"31/12/2024 23:59:59"_s << u"31/12/2024"_s;
+        QTest::newRow("day only") << QVariant(u"2019-06-30"_s) << u"30/06/2019 00:00:00"_s
+                                  << u"30/06/2019"_s;
+        QTest::newRow("driver date-time") << QVariant(QDateTime(QDate(2024, 2, 29), QTime(7, 8, 9)))
+                                          << u"29/02/2024 07:08:09"_s << u"29/02/2024"_s;
+        QTest::newRow("no such day is shown as stored")
+            << QVariant(u"2024-02-30 10:00:00"_s) << u"2024-02-30 10:00:00"_s
+            << u"2024-02-30 10:00:00"_s;
+        QTest::newRow("not a date") << QVariant(u"yesterday"_s) << u"yesterday"_s << u"yesterday"_s;
+        QTest::newRow("null") << QVariant() << QString() << QString();
+    }
+    void storedDatesPrintAsDayMonthYear() {
+        QFETCH(QVariant, stored);
+        QFETCH(QString, dateTime);
+        QFETCH(QString, date);
+        QCOMPARE(reports::dateTimeText(stored), dateTime);
+        QCOMPARE(reports::dateText(stored), date);
     }
 
     void enquirySlip() {
