@@ -133,25 +133,6 @@ private Q_SLOTS:
         QCOMPARE(reports::transactionSlip(f.db(), u"x' OR '1'='1"_s, u"TOPUP"_s), QString());
     }
 
-    void amountsPrintWithTwoDecimals_data() {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("printed");
-        QTest::newRow("whole") << u"5"_s << u"5.00"_s;
-        QTest::newRow("half") << u"0.5"_s << u"0.50"_s;
-        QTest::newRow("rounded") << u"1234.567"_s << u"1234.57"_s;
-        QTest::newRow("negative") << u"-0.125"_s << u"-0.13"_s;
-        QTest::newRow("zero") << u"0"_s << u"0.00"_s;
-    }
-    void amountsPrintWithTwoDecimals() {
-        QFETCH(QString, stored);
-        QFETCH(QString, printed);
-        test::Fixture f;
-        test::insertRow(f.db(), u"Customize_Transaction"_s,
-                        line(u"R5"_s, u"IN"_s, {{u"PreviousValue"_s, stored}}));
-        QVERIFY(test::linesOf(reports::transactionSlip(f.db(), u"R5"_s, u"ENQUIRY"_s))
-                    .contains(u"Previous Value : "_s + printed));
-    }
-
     void storedDatesPrintAsDayMonthYear_data() {
         QTest::addColumn<QVariant>("stored");
         QTest::addColumn<QString>("dateTime");
