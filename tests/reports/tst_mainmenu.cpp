@@ -69,9 +69,13 @@ private Q_SLOTS:
             QString mode;     // TransactionMode after the click; empty: left as it was
             QString required; // a screen of this branch that must have opened
         };
-        const QList<Step> steps = {{6, {}, u"MEOD"_s},     {7, {}, u"MFLOG"_s},
-                                   {1, u"WITHDRAW"_s, {}}, {2, u"ADJUSTMENT"_s, {}},
-                                   {3, u"ENQUIRY"_s, {}},  {4, {}, {}},
+        const QList<Step> steps = {{6, {}, u"MEOD"_s},
+                                   {7, {}, u"MFLOG"_s},
+                                   {8, {}, u"MRPT"_s},
+                                   {1, u"WITHDRAW"_s, u"MFMAIN"_s},
+                                   {2, u"ADJUSTMENT"_s, u"MFMAIN"_s},
+                                   {3, u"ENQUIRY"_s, u"MFMAIN"_s},
+                                   {4, {}, {}},
                                    {0, u"TOPUP"_s, {}}};
         QStringList problems;
         test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
