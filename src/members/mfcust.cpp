@@ -347,7 +347,7 @@ void MFCUST::introducerLookup() {
     showScreen(Screen::Lookup, m_session, this);
     // An abandoned lookup hands back an empty code, which empties the box.
     TXT[12]->setText(m_session.CurrentCode);
-    TXT[12]->setFocus(Qt::OtherFocusReason);
+    focusAgain(TXT[12]);
 }
 
 void MFCUST::addNew() {
@@ -405,16 +405,16 @@ void MFCUST::save() {
     const QString name = TXT[1]->text();
     if (code.isEmpty()) {
         showError(this, u"Invalid Member Code !!!"_s);
-        TXT[0]->setFocus(Qt::OtherFocusReason);
+        focusAgain(TXT[0]);
         return;
     }
     if (name.isEmpty()) {
         showError(this, u"Invalid Member Name !!!"_s);
-        TXT[1]->setFocus(Qt::OtherFocusReason);
+        focusAgain(TXT[1]);
         return;
     }
     if (!checkInput(this, code)) {
-        TXT[0]->setFocus(Qt::OtherFocusReason);
+        focusAgain(TXT[0]);
         return;
     }
     if (m_mapper->currentIndex() < 0)
