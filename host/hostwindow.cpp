@@ -1,5 +1,8 @@
 #include "hostwindow.h"
 
+#include "cardtray.h"
+
+#include <QCoreApplication>
 #include <QDate>
 #include <QFile>
 #include <QFontDatabase>
@@ -9,15 +12,17 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::Literals::StringLiterals;
 
-HostWindow::HostWindow(DemoData data, QSqlDatabase db, QWidget* parent)
+HostWindow::HostWindow(DemoData data, QSqlDatabase db, const QString& simDir, QWidget* parent)
     : QWidget(parent)
     , m_data(std::move(data))
-    , m_db(std::move(db)) {
+    , m_db(std::move(db))
+    , m_simDir(simDir) {
     setObjectName(u"HostWindow"_s);
     setWindowTitle(u"Pondar demo host"_s);
 
@@ -58,6 +63,19 @@ HostWindow::HostWindow(DemoData data, QSqlDatabase db, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(particulars);
     layout->addWidget(modes);
+    if (m_simDir.isEmpty()) {
+        layout->addWidget(new QLabel(u"Reader: PONDAR_READER="_s +
+                                     qEnvironmentVariable("PONDAR_READER") +
+                                     u" (no simulated cards)"_s));
+    } else {
+        layout->addWidget(new CardTray(m_simDir));
+        // The component's screens are modal and block this window; a tray in a process of its
+        // own stays usable while the balance display or a transaction screen is open.
+        auto* trayWindow = new QPushButton(u"Card tray in its own window"_s);
+        trayWindow->setObjectName(u"trayWindow"_s);
+        connect(trayWindow, &QPushButton::clicked, this, &HostWindow::openTrayWindow);
+        layout->addWidget(trayWindow);
+    }
     layout->addWidget(m_result);
     layout->addWidget(new QLabel(u"[TRANSACTION] of the settings file after the call:"_s));
     layout->addWidget(m_transaction);
@@ -105,4 +123,9 @@ void HostWindow::showOutcome(const QString& call, bool result) {
         }
     }
     m_transaction->setPlainText(section);
+}
+
+void HostWindow::openTrayWindow() {
+    if (!QProcess::startDetached(QCoreApplication::applicationFilePath(), {u"--tray"_s, m_simDir}))
+        QMessageBox::critical(this, u"Card tray"_s, u"Cannot start a tray window."_s);
 }

@@ -16,16 +16,19 @@ class HostWindow final : public QWidget {
     Q_OBJECT
 
 public:
-    HostWindow(DemoData data, QSqlDatabase db, QWidget* parent = nullptr);
+    // simDir is the simulated reader's folder, empty when a real reader is in use.
+    HostWindow(DemoData data, QSqlDatabase db, const QString& simDir, QWidget* parent = nullptr);
 
 private:
     QLineEdit* field(const QString& name, const QString& value);
     void start(const QString& mode);
     void enquiry();
     void showOutcome(const QString& call, bool result);
+    void openTrayWindow();
 
     DemoData m_data;
     QSqlDatabase m_db;
+    QString m_simDir;
     pondar::GenClass m_app;
     QLineEdit* m_staff = nullptr;
     QLineEdit* m_bzDate = nullptr;

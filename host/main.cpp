@@ -1,4 +1,7 @@
+#include "cardtray.h"
 #include "hostwindow.h"
+
+#include <pondar/error.h>
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -21,7 +24,22 @@ int main(int argc, char** argv) {
         u"folder"_s,
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/pondar-demo"_s);
     parser.addOption(dataOption);
+    const QCommandLineOption shotOption(
+        u"screenshot"_s, u"Save a picture of the window to a PNG file and quit (a smoke test)."_s,
+        u"file"_s);
+    parser.addOption(shotOption);
+    const QCommandLineOption trayOption(
+        u"tray"_s, u"Show only the card tray of a simulated reader's folder."_s, u"folder"_s);
+    parser.addOption(trayOption);
     parser.process(app);
+
+    if (parser.isSet(trayOption)) {
+        CardTray tray(QDir(parser.value(trayOption)).absolutePath());
+        tray.setWindowTitle(u"Pondar card tray"_s);
+        tray.resize(520, 360);
+        tray.show();
+        return QApplication::exec();
+    }
 
     const DemoData data(QDir(parser.value(dataOption)).absolutePath());
     QDir().mkpath(data.folder);
@@ -37,7 +55,28 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    HostWindow window(data, db);
+    // The demo runs on simulated cards unless told otherwise; the component reads the same
+    // variable, so it has to be set before the first screen opens a reader.
+    QString simDir = data.cards;
+    const QString reader = qEnvironmentVariable("PONDAR_READER");
+    if (reader.isEmpty())
+        qputenv("PONDAR_READER", QString(u"sim:"_s + simDir).toLocal8Bit());
+    else
+        simDir = reader.startsWith(u"sim:"_s) ? QDir(reader.mid(4)).absolutePath() : QString();
+    if (!simDir.isEmpty()) {
+        try {
+            pondar::card::SimFolder(simDir).stock(3);
+        } catch (const pondar::Error& e) {
+            QMessageBox::critical(nullptr, u"Pondar demo host"_s, e.message());
+            return 1;
+        }
+    }
+
+    HostWindow window(data, db, simDir);
     window.show();
+    if (parser.isSet(shotOption)) {
+        QApplication::processEvents();
+        return window.grab().save(parser.value(shotOption)) ? 0 : 1;
+    }
     return QApplication::exec();
 }

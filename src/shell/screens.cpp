@@ -1,5 +1,7 @@
 #include "shell/screens.h"
 
+#include "shell/mainmenu.h"
+
 namespace pondar {
 
 bool showScreen(Screen screen, SessionSettings& session, QWidget* parent) {
@@ -24,8 +26,12 @@ bool showScreen(Screen screen, SessionSettings& session, QWidget* parent) {
     return false;
 }
 
-bool showShellScreen(Screen, SessionSettings&, QWidget*) {
-    return false;
+bool showShellScreen(Screen screen, SessionSettings& session, QWidget* parent) {
+    if (screen != Screen::MainMenu)
+        return false;
+    MAINMENU menu(session, parent);
+    menu.exec();
+    return true;
 }
 
 } // namespace pondar

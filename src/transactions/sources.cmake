@@ -1,1 +1,7 @@
 target_sources(pondar PRIVATE ${CMAKE_CURRENT_LIST_DIR}/entry.cpp)
+target_sources(pondar_core PRIVATE
+    ${CMAKE_CURRENT_LIST_DIR}/saveplan.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/handoff.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/posting.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/ledger.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/save.cpp)

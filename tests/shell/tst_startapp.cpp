@@ -2,9 +2,11 @@
 
 #include "shell/inifile.h"
 #include "shell/session.h"
+#include "support/dialogs.h"
 #include "support/fixtures.h"
 
 #include <QFile>
+#include <QPushButton>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -79,10 +81,19 @@ private Q_SLOTS:
         QCOMPARE(app.session().TransactionMode, u"unchanged"_s);
     }
 
-    void mainMenuIgnoresTheAmount() {
+    void mainMenuIgnoresTheAmountAndStaysOpenUntilClose() {
         test::Fixture f;
         GenClass app;
+        bool stillOpen = false;
+        test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
+            QCOMPARE(w->windowTitle(), u"Mifare Main Menu"_s);
+            test::child<QPushButton>(w, u"CBUT(7)"_s)->click();
+            stillOpen = w->isVisible();
+            test::child<QPushButton>(w, u"CBUT(5)"_s)->click();
+        });
         QVERIFY(!start(app, f, u"MAINMENU"_s, u"99"_s));
+        QVERIFY(menu.ran());
+        QVERIFY(stillOpen);
         QCOMPARE(app.session().AppValue, Currency());
     }
 

@@ -1,0 +1,164 @@
+#include "card/membercard.h"
+
+#include "card/codec.h"
+#include "shell/session.h"
+#include "shell/text.h"
+
+#include <pondar/error.h>
+
+#include <QRegularExpression>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar::card {
+
+namespace {
+
+struct Field {
+    QString name;
+    int block;
+    bool reserved;
+};
+
+const Field* findField(const QString& name) {
+    static const Field fields[] = {
+        {u"SERIAL"_s, 0, false},     {u"CODE"_s, 1, false},          {u"NAME"_s, 2, false},
+        {u"VALUE"_s, 0, false},      {u"LASTUPDATEDATE"_s, 1, true}, {u"LASTUPDATETIME"_s, 2, true},
+        {u"BLACKLISTED"_s, 0, true},
+    };
+    for (const Field& f : fields) {
+        if (f.name == name)
+            return &f;
+    }
+    return nullptr;
+}
+
+QByteArray beforeFirstNul(const QByteArray& bytes) {
+    const qsizetype nul = bytes.indexOf('\0');
+    return nul < 0 ? bytes : bytes.left(nul);
+}
+
+} // namespace
+
+QString readFailureMessage(ReadResult result) {
+    switch (result) {
+    case ReadResult::Ok:
+        return {};
+    case ReadResult::DeviceFailed:
+        return u"Error Reading Device !!! Please unplug again your USB Cable "_s;
+    case ReadResult::NotOwnSerial:
+    case ReadResult::BadBalance:
+        return u"Error Reading Device !!!"_s;
+    case ReadResult::ValueSectorFailed:
+        return u"Error Open Device !!!"_s;
+    }
+    return {};
+}
+
+bool parseBalance(const QByteArray& block, Currency& balance) {
+    const QByteArray text = beforeFirstNul(block);
+    for (qsizetype i = text.size(); i < block.size(); ++i) {
+        if (block[i] != '\0')
+            return false;
+    }
+    if (text.isEmpty()) {
+        balance = Currency();
+        return true;
+    }
+    static const QRegularExpression plainDecimal(u"^-?[0-9]+(\\.[0-9]+)?$"_s);
+    const QString s = QString::fromLatin1(text);
+    if (!plainDecimal.match(s).hasMatch())
+        return false;
+    try {
+        balance = Currency::parse(s);
+    } catch (const CurrencyError&) {
+        return false;
+    }
+    return true;
+}
+
+MemberCard::MemberCard(SessionSettings& session, CardPrompts& prompts)
+    : m_session(session)
+    , m_prompts(prompts)
+    , m_reader(session, prompts) {}
+
+bool MemberCard::openSelectLogin(int sector) {
+    return m_reader.openSelectLogin(m_session.ReaderPort, sector);
+}
+
+bool MemberCard::writeField(int sector, const QString& fieldName, const QByteArray& bytes) {
+    const Field* field = findField(fieldName);
+    if (field && field->reserved && (sector == MemberSector || sector == ValueSector))
+        throw Error(u"Card field "_s + fieldName + u" would overwrite the member record !!!"_s);
+    if (bytes.size() > FieldSize)
+        throw Error(u"Card field "_s + fieldName + u" holds at most 16 characters !!!"_s);
+    if (field)
+        m_block = field->block;
+    QByteArray block = bytes;
+    block.append(FieldSize - bytes.size(), '\0');
+    return m_reader.writeBlock(sector, m_block, block);
+}
+
+bool MemberCard::writeField(int sector, const QString& fieldName, const QString& text) {
+    return writeField(sector, fieldName, toAnsi(text));
+}
+
+bool MemberCard::writeSerial() {
+    return writeField(MemberSector, u"SERIAL"_s, encrypt(toAnsi(m_session.CardSerial)));
+}
+
+bool MemberCard::writeCode(const QString& code) {
+    return writeField(MemberSector, u"CODE"_s, code);
+}
+
+bool MemberCard::writeName(const QString& name) {
+    // The register allows 20 characters; the card keeps the first 16 so the card still works.
+    return writeField(MemberSector, u"NAME"_s, name.left(FieldSize));
+}
+
+bool MemberCard::checkCard(int sector) {
+    const QByteArray stored = beforeFirstNul(m_reader.readBlock(sector, u"0"_s));
+    return fromAnsi(decrypt(stored)) == m_session.CardSerial;
+}
+
+QString MemberCard::readField(int sector, int block) {
+    return fromAnsi(beforeFirstNul(m_reader.readBlock(sector, QString::number(block))));
+}
+
+ReadResult MemberCard::read(CardData& data) {
+    data = CardData();
+    if (!openSelectLogin(MemberSector))
+        return ReadResult::DeviceFailed;
+    if (!checkCard(MemberSector))
+        return ReadResult::NotOwnSerial;
+    data.code = readField(MemberSector, 1).trimmed();
+    data.name = readField(MemberSector, 2).trimmed();
+    if (!openSelectLogin(ValueSector))
+        return ReadResult::ValueSectorFailed;
+    const QByteArray value = m_reader.readBlock(ValueSector, u"0"_s);
+    if (value.isEmpty() || !parseBalance(value, data.balance))
+        return ReadResult::BadBalance;
+    return ReadResult::Ok;
+}
+
+bool MemberCard::confirmAndWriteValue(const QString& billType, Currency amount,
+                                      Currency newBalance) {
+    const bool out = billType == u"OUT"_s || billType == u"AOT"_s;
+    m_session.ConfirmQuestion =
+        out ? QString(u"Confirm to withdraw out value : "_s + amount.format() + u" from Card ?"_s)
+            : QString(u"Confirm to Add in value : "_s + amount.format() + u" to Card ?"_s);
+    const QString value = newBalance.toShortString();
+    if (value.size() > FieldSize)
+        throw Error(u"Card balance "_s + value + u" is too large for the card !!!"_s);
+    if (!m_prompts.ask(m_session.ConfirmQuestion))
+        return false;
+    if (!openSelectLogin(ValueSector))
+        return false;
+    return writeField(ValueSector, u"VALUE"_s, value);
+}
+
+void MemberCard::close() {
+    m_reader.close();
+}
+
+} // namespace pondar::card

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+namespace pondar::card {
+
+// How the card logic talks to the operator, so that it needs no widget: screens pass
+// WidgetPrompts (card/widgetprompts.h), the balance display a silent one.
+class CardPrompts {
+public:
+    virtual ~CardPrompts();
+    // A Yes/No question titled "Question"; true unless the answer was No.
+    virtual bool ask(const QString& question) = 0;
+    // A critical box with an OK button.
+    virtual void error(const QString& text, const QString& title) = 0;
+};
+
+// Shows nothing and consents to nothing: a display that polls the reader must never stop on a
+// message box, and with nobody to answer, a question is a No.
+class SilentPrompts final : public CardPrompts {
+public:
+    bool ask(const QString&) override { return false; }
+    void error(const QString&, const QString&) override {}
+};
+
+} // namespace pondar::card

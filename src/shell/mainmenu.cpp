@@ -1,0 +1,80 @@
+#include "shell/mainmenu.h"
+
+#include "shell/messages.h"
+#include "shell/screens.h"
+#include "shell/session.h"
+
+#include <QGroupBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar {
+
+MAINMENU::MAINMENU(SessionSettings& session, QWidget* parent)
+    : QDialog(parent)
+    , m_session(session) {
+    setObjectName(u"MAINMENU"_s);
+    setWindowTitle(u"Mifare Main Menu"_s);
+
+    // Shown top to bottom in the order a cashier uses them; indexes stay as the handlers know them.
+    const std::array<QString, 8> captions = {
+        u"Top up"_s,         u"Withdraw"_s, u"Adjustment"_s, u"Check Balance"_s,
+        u"Member Details"_s, u"Close"_s,    u"Report"_s,     u"Log"_s};
+    auto* frame = new QGroupBox(this);
+    frame->setObjectName(u"Frame1"_s);
+    auto* column = new QVBoxLayout(frame);
+    for (int i = 0; i < int(CBUT.size()); ++i) {
+        CBUT[i] = new QPushButton(captions[i], frame);
+        CBUT[i]->setObjectName(u"CBUT(%1)"_s.arg(i));
+        CBUT[i]->setAutoDefault(false);
+        CBUT[i]->setMinimumHeight(36);
+        connect(CBUT[i], &QPushButton::clicked, this, [this, i] { clicked(i); });
+    }
+    for (int i : {0, 1, 2, 3, 4, 6, 7, 5})
+        column->addWidget(CBUT[i]);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(frame);
+}
+
+void MAINMENU::clicked(int index) {
+    guarded(this, [&] {
+        auto transaction = [&](const QString& mode) {
+            m_session.TransactionMode = mode;
+            showScreen(Screen::Transaction, m_session, this);
+        };
+        switch (index) {
+        case 0:
+            m_session.TransactionMode = u"TOPUP"_s;
+            if (showScreen(Screen::StaffEntry, m_session, this) && m_session.DialogAccepted)
+                showScreen(Screen::Transaction, m_session, this);
+            break;
+        case 1:
+            transaction(u"WITHDRAW"_s);
+            break;
+        case 2:
+            transaction(u"ADJUSTMENT"_s);
+            break;
+        case 3:
+            transaction(u"ENQUIRY"_s);
+            break;
+        case 4:
+            showScreen(Screen::Member, m_session, this);
+            break;
+        case 5:
+            accept();
+            break;
+        case 6:
+            showScreen(Screen::EndOfDay, m_session, this);
+            break;
+        case 7:
+            showScreen(Screen::Log, m_session, this);
+            break;
+        default:
+            break;
+        }
+    });
+}
+
+} // namespace pondar

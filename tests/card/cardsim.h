@@ -1,0 +1,67 @@
+#pragma once
+
+#include "card/prompts.h"
+#include "card/reader.h"
+#include "shell/session.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <array>
+
+namespace pondar::test {
+
+// A simulated reader on a temporary folder, with helpers to place and inspect the card.
+struct CardSim {
+    QTemporaryDir dir;
+    std::shared_ptr<card::ReaderLibrary> reader = card::makeSimulatedReader(dir.path());
+
+    QString field() const { return dir.filePath(QStringLiteral("field.mfd")); }
+
+    void put(const QByteArray& image) const {
+        QFile::remove(field());
+        QFile f(field());
+        if (!f.open(QIODevice::WriteOnly) || f.write(image) != image.size())
+            qFatal("cannot place the card");
+    }
+    void put(std::array<card::uint8, 4> uid) const { put(card::blankCardImage(uid)); }
+    void takeAway() const { QFile::remove(field()); }
+    void setType(int type) const {
+        QFile f(dir.filePath(QStringLiteral("field.type")));
+        if (!f.open(QIODevice::WriteOnly))
+            qFatal("cannot write the tag type");
+        f.write(QByteArray::number(type));
+    }
+
+    QByteArray image() const {
+        QFile f(field());
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+    QByteArray block(int absolute) const { return image().mid(absolute * 16, 16); }
+
+    // A session on this reader, as StartApp leaves it: port "1", key text "FF".
+    void attach(SessionSettings& session) const {
+        session.Reader = reader;
+        session.ReaderPort = 1;
+    }
+};
+
+// Records what the card logic asked and reported; questions take queued answers, else Yes.
+class RecordingPrompts final : public card::CardPrompts {
+public:
+    bool ask(const QString& question) override {
+        asked.append(question);
+        return answers.isEmpty() ? true : answers.takeFirst();
+    }
+    void error(const QString& text, const QString& title) override {
+        errors.append(title + QStringLiteral(": ") + text);
+    }
+
+    QStringList asked;
+    QStringList errors;
+    QList<bool> answers;
+};
+
+} // namespace pondar::test
