@@ -35,7 +35,9 @@ CREATE TABLE IF NOT EXISTS Customize_Topup (
     BillNo       VARCHAR(30)
 );
 CREATE INDEX IF NOT EXISTS IX_Customize_Topup_Card ON Customize_Topup (cardNo, UpdateStatus, DateInput);
-CREATE INDEX IF NOT EXISTS IX_Customize_Topup_Status ON Customize_Topup (UpdateStatus, cardNo);
+-- Pending top-ups: by card in date order (pending details, settlement), by date (balances).
+CREATE INDEX IF NOT EXISTS IX_Customize_Topup_Status ON Customize_Topup (UpdateStatus, cardNo, DateInput);
+CREATE INDEX IF NOT EXISTS IX_Customize_Topup_Pending ON Customize_Topup (UpdateStatus, DateInput);
 
 CREATE TABLE IF NOT EXISTS Customize_StaffComm (
     ID         INTEGER PRIMARY KEY AUTOINCREMENT,

@@ -36,7 +36,9 @@ CREATE TABLE Customize_Topup (
     BillNo       VARCHAR(30)
 );
 CREATE INDEX IX_Customize_Topup_Card ON Customize_Topup (cardNo, UpdateStatus, DateInput);
-CREATE INDEX IX_Customize_Topup_Status ON Customize_Topup (UpdateStatus, cardNo);
+-- Pending top-ups: by card in date order (pending details, settlement), by date (balances).
+CREATE INDEX IX_Customize_Topup_Status ON Customize_Topup (UpdateStatus, cardNo, DateInput);
+CREATE INDEX IX_Customize_Topup_Pending ON Customize_Topup (UpdateStatus, DateInput);
 
 CREATE TABLE Customize_StaffComm (
     ID         INT IDENTITY(1,1) PRIMARY KEY,

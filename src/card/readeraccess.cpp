@@ -48,6 +48,9 @@ ReaderLibrary& ReaderAccess::library() {
 }
 
 bool ReaderAccess::openReader(const QString& portText) {
+    // Every card read opens the reader again (the balance display does so once a second), so
+    // the previous handle goes first: a library must not gather one open handle per read.
+    close();
     m_session.ReaderHandle = library().Open(libraryPort(portText));
     return m_session.ReaderHandle >= 0;
 }
@@ -107,7 +110,10 @@ bool ReaderAccess::writeBlock(int sector, int block, const QByteArray& data) {
 }
 
 void ReaderAccess::close() {
+    if (m_session.ReaderHandle < 0)
+        return;
     library().Close(m_session.ReaderHandle);
+    m_session.ReaderHandle = -1;
 }
 
 } // namespace pondar::card

@@ -1,9 +1,55 @@
 #include "members/cardissue.h"
 
-namespace pondar {
+#include "card/membercard.h"
+#include "shell/session.h"
 
-void issueCard(SessionSettings&, QWidget*) {
-    // Card writing is added with the card layer.
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar::members {
+
+namespace {
+
+// The register keeps no reader open between issues, whichever way an issue ends.
+class ReaderClosing final {
+public:
+    ReaderClosing(SessionSettings& session, card::MemberCard& card)
+        : m_session(session)
+        , m_card(card) {}
+    ~ReaderClosing() {
+        if (m_session.ReaderHandle >= 0)
+            m_card.close();
+    }
+    ReaderClosing(const ReaderClosing&) = delete;
+    ReaderClosing& operator=(const ReaderClosing&) = delete;
+
+private:
+    SessionSettings& m_session;
+    card::MemberCard& m_card;
+};
+
+} // namespace
+
+CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts) {
+    if (!prompts.ask(u"Store Data to Card "_s))
+        return CardIssue::Declined;
+    card::MemberCard card(session, prompts);
+    const ReaderClosing closing(session, card);
+    if (!card.openSelectLogin(card::MemberSector))
+        return CardIssue::DeviceFailed;
+    if (card.checkCard(card::MemberSector) &&
+        !prompts.ask(u"This Card contain Data !!! Continue overwrite ? "_s))
+        return CardIssue::Declined;
+
+    // The writes' results are deliberately not looked at: the card is reported written once the
+    // member sector has been opened.
+    card.writeSerial();
+    card.writeCode(session.CurrentCode);
+    card.writeName(session.CurrentName);
+    // A card whose value sector refuses the key keeps its member fields and is still reported
+    // written; the value question decides whether 0 goes onto it.
+    if (card.openSelectLogin(card::ValueSector))
+        card.confirmAndWriteValue(u"IN"_s, Currency(), Currency());
+    return CardIssue::Written;
 }
 
-} // namespace pondar
+} // namespace pondar::members

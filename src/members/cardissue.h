@@ -1,13 +1,27 @@
 #pragma once
 
-class QWidget;
-
 namespace pondar {
 
 struct SessionSettings;
 
-// Writes the member just saved (session.CurrentCode, session.CurrentName) onto the card on the
-// reader. The outcome is shown to the operator only; the register logs the issue either way.
-void issueCard(SessionSettings& session, QWidget* parent);
+namespace card {
+class CardPrompts;
+}
 
+namespace members {
+
+// How a card issue ended. Only the ends a screen reports itself are told apart from a refusal.
+enum class CardIssue {
+    Declined,     // the operator did not want the card written, or not overwritten
+    DeviceFailed, // no reader, no card, or the member sector refused the key
+    Written,      // the member fields were sent to the card (their results are not checked)
+};
+
+// Writes the member just saved (session.CurrentCode, session.CurrentName) onto the card on the
+// session's reader: serial, code, name, then the value 0 after its own question. Questions go
+// through prompts; the caller reports DeviceFailed and Written. A name is cut to what the card's
+// block holds. Throws pondar::Error for a card serial too long for its block.
+CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts);
+
+} // namespace members
 } // namespace pondar

@@ -120,19 +120,45 @@ void EntryBoxes::leaving(QLineEdit* box, const QFocusEvent& event) {
     if (!next || next->window() != box->window() || m_exempt.contains(next))
         return;
 
+    const QPointer<QWidget> target = next;
+    if (runCheck(box, it.value()) == Outcome::Refuse && target)
+        dropPendingClick(target, reason);
+}
+
+EntryBoxes::Outcome EntryBoxes::runCheck(QLineEdit* box, const Check& check) {
     // While a check runs and puts focus back, the control that focus passed through must not
     // run a check of its own.
     m_checking = true;
-    const Check check = it.value();
     Outcome outcome = Outcome::Refocus; // a failing statement keeps the operator in the box
     guarded(m_screen, [&] { outcome = check(); });
-    if (outcome != Outcome::Pass) {
-        const QPointer<QWidget> target = next;
-        box->setFocus(Qt::OtherFocusReason);
-        if (outcome == Outcome::Refuse && target)
-            dropPendingClick(target, reason);
-    }
+    if (outcome != Outcome::Pass)
+        focusAgain(box);
     m_checking = false;
+    return outcome;
+}
+
+void EntryBoxes::tabOn(QLineEdit* box) {
+    const auto it = m_checks.find(box);
+    if (box->window()->isActiveWindow() || it == m_checks.end()) {
+        focusAgain(box);
+        sendTab(box);
+        return;
+    }
+    box->setFocus(Qt::OtherFocusReason);
+    if (runCheck(box, it.value()) != Outcome::Pass)
+        return;
+    m_checking = true; // the check has run; the move itself must not run it again
+    sendTab(box);
+    m_checking = false;
+    if (QWidget* next = box->window()->focusWidget())
+        focusAgain(next);
+}
+
+void focusAgain(QWidget* control) {
+    QWidget* screen = control->window();
+    if (screen->isVisible() && !screen->isActiveWindow())
+        screen->activateWindow();
+    control->setFocus(Qt::OtherFocusReason);
 }
 
 void sendTab(QWidget* from, bool forward) {

@@ -33,6 +33,10 @@ public:
     void add(QLineEdit* box);
     void setCheck(QLineEdit* box, Check check);
     void setOnDown(QLineEdit* box, std::function<void()> action);
+    // The Tab keystroke a screen sends itself after filling a box (a lookup's pick): the box's
+    // check runs as if the operator had left it, also while the screen is not yet the active
+    // window again and so gets no focus events.
+    void tabOn(QLineEdit* box);
     // Controls that focus may move to without checking the box it leaves (the cancel buttons).
     void exempt(QWidget* control);
 
@@ -43,6 +47,7 @@ protected:
 
 private:
     void leaving(QLineEdit* box, const QFocusEvent& event);
+    Outcome runCheck(QLineEdit* box, const Check& check);
 
     QWidget* m_screen;
     QSet<QLineEdit*> m_boxes;
@@ -51,6 +56,11 @@ private:
     QSet<QWidget*> m_exempt;
     bool m_checking = false;
 };
+
+// Puts focus in a control of a screen that a message box or a lookup has just covered. The
+// screen asks to be the active window again rather than wait for the window system to hand
+// activation back, which some platforms never do.
+void focusAgain(QWidget* control);
 
 // Sends the Tab keystroke of an entry screen: focus to the next control (or the previous one).
 void sendTab(QWidget* from, bool forward = true);

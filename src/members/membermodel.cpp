@@ -22,25 +22,36 @@ MemberTableModel::MemberTableModel(const QSqlDatabase& db, QObject* parent)
     setSort(fieldIndex(u"MemberCode"_s), Qt::AscendingOrder);
 }
 
+// The values go first: setting the filter re-selects a loaded model at once.
 void MemberTableModel::showAll() {
-    setFilter({});
     m_filterValues.clear();
+    setFilter({});
 }
 
 void MemberTableModel::showOnly(const QString& code) {
-    setFilter(u"Membercode=?"_s);
     m_filterValues = {code};
+    setFilter(u"Membercode=?"_s);
+}
+
+QString MemberTableModel::selectStatement() const {
+    if (m_clearing)
+        return u"SELECT * FROM "_s + tableName() + u" WHERE 1=0"_s;
+    return QSqlTableModel::selectStatement();
 }
 
 bool MemberTableModel::select() {
-    // The base class would run selectStatement() as plain text; prepare it instead so that the
-    // filter's placeholder takes the bound code. Pending edits go first, as they do there.
-    revertAll();
-    const QString sql = selectStatement();
-    if (sql.isEmpty())
+    if (m_filterValues.isEmpty())
+        return QSqlTableModel::select();
+    // The base class runs its statement as plain text, which cannot take the bound code. Let it
+    // drop its cached edits (submitted ones included) over an empty result, then load the rows
+    // with the code bound.
+    m_clearing = true;
+    const bool cleared = QSqlTableModel::select();
+    m_clearing = false;
+    if (!cleared)
         return false;
     QSqlQuery query(database());
-    if (!query.prepare(sql)) {
+    if (!query.prepare(selectStatement())) {
         setLastError(query.lastError());
         return false;
     }

@@ -34,8 +34,12 @@ public:
 
     QString code(int row) const;
 
+protected:
+    QString selectStatement() const override;
+
 private:
     QVariantList m_filterValues;
+    bool m_clearing = false;
 };
 
 } // namespace pondar::members

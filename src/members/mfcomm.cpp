@@ -69,10 +69,12 @@ MFCOMM::MFCOMM(SessionSettings& session, QWidget* parent)
 void MFCOMM::lookup() {
     members::setStaffLookup(m_session);
     showScreen(Screen::Lookup, m_session, this);
-    if (!m_session.DialogAccepted)
+    if (!m_session.DialogAccepted) {
+        focusAgain(TXT);
         return;
+    }
     TXT->setText(m_session.CurrentCode);
-    sendTab(TXT);
+    m_boxes->tabOn(TXT);
 }
 
 EntryBoxes::Outcome MFCOMM::check() {

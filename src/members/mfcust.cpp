@@ -1,5 +1,6 @@
 #include "members/mfcust.h"
 
+#include "card/widgetprompts.h"
 #include "members/cardissue.h"
 #include "members/datanavigator.h"
 #include "members/gridformat.h"
@@ -18,6 +19,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QItemDelegate>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -247,6 +249,10 @@ void MFCUST::open() {
     if (nonActive < 0)
         throw db::DatabaseError(u"tloy_mt_member has no column NonActive."_s);
     m_mapper->addMapping(Check1, nonActive);
+    // The mapper's editor filter would take Escape in a bound box as "undo my typing"; the screen
+    // looks at the keys first, so Escape closes it from anywhere.
+    for (QLineEdit* box : TXT)
+        box->installEventFilter(this);
 
     m_model->showAll();
     reload();
@@ -347,7 +353,7 @@ void MFCUST::introducerLookup() {
     showScreen(Screen::Lookup, m_session, this);
     // An abandoned lookup hands back an empty code, which empties the box.
     TXT[12]->setText(m_session.CurrentCode);
-    TXT[12]->setFocus(Qt::OtherFocusReason);
+    focusAgain(TXT[12]);
 }
 
 void MFCUST::addNew() {
@@ -405,16 +411,16 @@ void MFCUST::save() {
     const QString name = TXT[1]->text();
     if (code.isEmpty()) {
         showError(this, u"Invalid Member Code !!!"_s);
-        TXT[0]->setFocus(Qt::OtherFocusReason);
+        focusAgain(TXT[0]);
         return;
     }
     if (name.isEmpty()) {
         showError(this, u"Invalid Member Name !!!"_s);
-        TXT[1]->setFocus(Qt::OtherFocusReason);
+        focusAgain(TXT[1]);
         return;
     }
     if (!checkInput(this, code)) {
-        TXT[0]->setFocus(Qt::OtherFocusReason);
+        focusAgain(TXT[0]);
         return;
     }
     if (m_mapper->currentIndex() < 0)
@@ -436,13 +442,27 @@ void MFCUST::save() {
     QString line;
     if (isNew) {
         // The row is saved whatever happens at the reader, and so is the log line.
-        guarded(this, [&] { issueCard(m_session, this); });
+        guarded(this, [&] { issueCard(); });
         line = members::newMemberLogLine(code, name);
     } else {
         line = members::updateLogLine(code, name);
     }
     writeLog(m_session, line);
     cancel();
+}
+
+void MFCUST::issueCard() {
+    card::WidgetPrompts prompts(this);
+    switch (members::issueCard(m_session, prompts)) {
+    case members::CardIssue::DeviceFailed:
+        showError(this, u"Error Reading Card Device !!!"_s);
+        break;
+    case members::CardIssue::Written:
+        showNotice(this, u"Data successfully saved to Card !!"_s);
+        break;
+    case members::CardIssue::Declined:
+        break;
+    }
 }
 
 void MFCUST::search() {
@@ -453,6 +473,17 @@ void MFCUST::search() {
     else
         m_model->showAll();
     reload();
+}
+
+bool MFCUST::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (key->key() == Qt::Key_Escape && key->modifiers() == Qt::NoModifier) {
+            close();
+            return true;
+        }
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 void MFCUST::done(int result) {

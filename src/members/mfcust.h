@@ -36,6 +36,9 @@ public:
 
     void done(int result) override;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void buildControls();
     void open();
@@ -57,6 +60,7 @@ private:
     void remove();
     void save();
     void search();
+    void issueCard();
 
     SessionSettings& m_session;
     std::array<QLineEdit*, 13> TXT{};

@@ -97,34 +97,41 @@ QString IniFile::read(const QString& section, const QString& key) const {
     return {};
 }
 
-bool IniFile::write(const QString& section, const QString& key, const QString& value) const {
-    Lines file = load(m_path);
-    const QString sec = section.trimmed();
-    const QString k = key.trimmed();
-    QByteArray newLine = toAnsi(k) + '=' + toAnsi(value);
+namespace {
 
+void put(Lines& file, const QString& sec, const QString& k, const QString& value) {
+    QByteArray newLine = toAnsi(k) + '=' + toAnsi(value);
     if (const auto range = findSection(file.lines, sec)) {
         qsizetype insertAt = range->first + 1;
-        bool replaced = false;
         for (qsizetype i = range->first + 1; i < range->second; ++i) {
             const auto kv = keyValue(file.lines[i]);
             if (kv && same(kv->first, k)) {
                 // Keep the key as the file spells it; only the value changes.
                 const QByteArray& old = file.lines[i];
-                newLine = old.left(old.indexOf('=')).trimmed() + '=' + toAnsi(value);
-                file.lines[i] = newLine;
-                replaced = true;
-                break;
+                file.lines[i] = old.left(old.indexOf('=')).trimmed() + '=' + toAnsi(value);
+                return;
             }
             if (!file.lines[i].trimmed().isEmpty())
                 insertAt = i + 1;
         }
-        if (!replaced)
-            file.lines.insert(insertAt, newLine);
+        file.lines.insert(insertAt, newLine);
     } else {
         file.lines.append('[' + toAnsi(sec) + ']');
         file.lines.append(newLine);
     }
+}
+
+} // namespace
+
+bool IniFile::write(const QString& section, const QString& key, const QString& value) const {
+    return write(section, {{key, value}});
+}
+
+bool IniFile::write(const QString& section,
+                    const QList<std::pair<QString, QString>>& entries) const {
+    Lines file = load(m_path);
+    for (const auto& [key, value] : entries)
+        put(file, section.trimmed(), key.trimmed(), value);
 
     QSaveFile out(m_path);
     out.setDirectWriteFallback(true);

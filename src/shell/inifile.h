@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QList>
 #include <QString>
+
+#include <utility>
 
 namespace pondar {
 
@@ -18,6 +21,9 @@ public:
 
     QString read(const QString& section, const QString& key) const;
     bool write(const QString& section, const QString& key, const QString& value) const;
+    // Several keys of one section in this order, in one replacement of the file: a reader of
+    // the file sees all of them or none.
+    bool write(const QString& section, const QList<std::pair<QString, QString>>& entries) const;
 
     const QString& path() const { return m_path; }
 

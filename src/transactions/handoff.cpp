@@ -12,21 +12,17 @@ QString MakeRefNo(const QDateTime& moment, const QString& cardNo, const QString&
 }
 
 bool WriteHandOff(const QString& iniPath, const HandOff& h) {
-    const IniFile ini(iniPath);
-    const QString section = u"TRANSACTION"_s;
-    bool ok = true;
-    auto put = [&](const QString& key, const QString& value) {
-        ok = ini.write(section, key, value) && ok;
-    };
-    put(u"CardNo"_s, h.cardNo);
-    put(u"CardName"_s, h.cardName);
-    put(u"OldValue"_s, h.oldValue.toShortString());
-    put(u"PenValue"_s, h.pendingValue.toShortString());
-    put(u"WriteValue"_s, h.writeValue.toShortString());
-    put(u"NewValue"_s, h.newValue.toShortString());
-    put(u"ReturnFlag"_s, QString::number(h.returnFlag));
-    put(u"ReturnRefTrsNo"_s, h.refNo);
-    return ok;
+    // One replacement of the file: the host never reads a ReturnFlag beside the last
+    // transaction's amounts, and a Save pays for one file write instead of eight.
+    return IniFile(iniPath).write(u"TRANSACTION"_s,
+                                  {{u"CardNo"_s, h.cardNo},
+                                   {u"CardName"_s, h.cardName},
+                                   {u"OldValue"_s, h.oldValue.toShortString()},
+                                   {u"PenValue"_s, h.pendingValue.toShortString()},
+                                   {u"WriteValue"_s, h.writeValue.toShortString()},
+                                   {u"NewValue"_s, h.newValue.toShortString()},
+                                   {u"ReturnFlag"_s, QString::number(h.returnFlag)},
+                                   {u"ReturnRefTrsNo"_s, h.refNo}});
 }
 
 } // namespace pondar

@@ -1,5 +1,6 @@
 #include "transactions/ledger.h"
 
+#include "members/memberdata.h"
 #include "shell/database.h"
 #include "shell/session.h"
 #include "shell/text.h"
@@ -26,14 +27,6 @@ MemberExtras LoadMemberExtras(const QSqlDatabase& db, const QString& cardNo) {
     return extras;
 }
 
-Currency pendingBalance(const QSqlDatabase& db, const QString& cardNo) {
-    QSqlQuery q = db::exec(db,
-                           u"Select sum(FValue) as PBal from Customize_Topup where CardNo=? "
-                           "and UpdateStatus=0 group by CardNo"_s,
-                           {cardNo});
-    return q.next() ? db::readMoney(q.value(0)) : Currency();
-}
-
 void AddIntroducerCredit(const SessionSettings& session, Currency topUp, const QString& refNo) {
     // An empty code is stored as '' (not NULL), so the row still groups under "no introducer".
     const QString introducer = session.IntroducerCode.isNull() ? u""_s : session.IntroducerCode;
@@ -46,18 +39,19 @@ void AddIntroducerCredit(const SessionSettings& session, Currency topUp, const Q
 }
 
 QSqlQuery pendingGridQuery(const QSqlDatabase& db, const QString& cardNo) {
-    return db::scrollable(db,
-                          u"select DateInput as [Date],BillNo as [Ref],FValue as [Value] from "
-                          "Customize_Topup where UpdateStatus=0 and CardNo=? order by DateInput"_s,
-                          {cardNo});
+    return members::openForGrid(
+        db,
+        u"select DateInput as [Date],BillNo as [Ref],FValue as [Value] from "
+        "Customize_Topup where UpdateStatus=0 and CardNo=? order by DateInput"_s,
+        {cardNo});
 }
 
 QSqlQuery historyQuery(const QSqlDatabase& db, const QString& cardNo) {
-    return db::scrollable(db,
-                          u"select Billtype as [Type],TrsDate as [Date],BillNo as [Receipt],"
-                          "PValue as [Value],RefTrsNo as [Ref] from Customize_Transaction "
-                          "where CardNo=? order by RefTrsNo"_s,
-                          {cardNo});
+    return members::openForGrid(db,
+                                u"select Billtype as [Type],TrsDate as [Date],BillNo as [Receipt],"
+                                "PValue as [Value],RefTrsNo as [Ref] from Customize_Transaction "
+                                "where CardNo=? order by RefTrsNo"_s,
+                                {cardNo});
 }
 
 QVariant LedgerModel::data(const QModelIndex& item, int role) const {

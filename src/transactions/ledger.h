@@ -1,5 +1,7 @@
 #pragma once
 
+#include "card/balance.h"
+
 #include <pondar/currency.h>
 
 #include <QSqlDatabase>
@@ -22,8 +24,8 @@ struct MemberExtras {
 // introducer into session.IntroducerCode, which the introducer credit reads.
 MemberExtras LoadMemberExtras(const QSqlDatabase& db, const QString& cardNo);
 
-// Sum of the card's pending top-ups (UpdateStatus 0); 0 when there are none.
-Currency pendingBalance(const QSqlDatabase& db, const QString& cardNo);
+// The card's pending total is the one the balance display shows.
+using card::pendingBalance;
 
 // Credits session.IntroducerCode with topUp x DownComm / 100 as a pending top-up under the
 // top-up's reference. The row is written even with no introducer (an empty card number) and

@@ -164,6 +164,48 @@ private Q_SLOTS:
         QCOMPARE(s.ReaderStatus, status::NoTag);
     }
 
+    // A screen that reads the card over and over holds one handle at a time.
+    void repeatedReadsHoldOneHandle() {
+        struct Counting final : ReaderLibrary {
+            std::shared_ptr<ReaderLibrary> inner;
+            int open = 0;
+            int16 Open(int16 port) override {
+                const int16 h = inner->Open(port);
+                open += h >= 0;
+                return h;
+            }
+            int16 Close(int16 h) override {
+                const int16 status = inner->Close(h);
+                open -= status >= 0;
+                return status;
+            }
+            int16 Select(int16 h, uint8& t, uint8& l, uint8 s[10]) override {
+                return inner->Select(h, t, l, s);
+            }
+            int16 Login(int16 h, uint8 s, uint8 t, uint8 n, const uint8 k[6]) override {
+                return inner->Login(h, s, t, n, k);
+            }
+            int16 Read(int16 h, uint8 b, uint8 d[16]) override { return inner->Read(h, b, d); }
+            int16 Write(int16 h, uint8 b, const uint8 d[16]) override {
+                return inner->Write(h, b, d);
+            }
+        };
+        test::CardSim sim;
+        sim.put({1, 2, 3, 4});
+        auto counting = std::make_shared<Counting>();
+        counting->inner = sim.reader;
+        SessionSettings s;
+        s.Reader = counting;
+        test::RecordingPrompts prompts;
+        ReaderAccess access(s, prompts);
+        for (int sector : {10, 9, 10})
+            QVERIFY(access.openSelectLogin(1, sector));
+        QCOMPARE(counting->open, 1);
+        access.close();
+        access.close();
+        QCOMPARE(counting->open, 0);
+    }
+
     void loginUsesFirstTwoDigitsOfTheKeyText() {
         test::CardSim sim;
         QByteArray image = blankCardImage({1, 2, 3, 4});

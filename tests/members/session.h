@@ -5,7 +5,12 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QPointer>
+#include <QTest>
 #include <QTime>
+#include <QWidget>
+
+#include <functional>
 
 namespace pondar::test {
 
@@ -17,6 +22,17 @@ inline SessionSettings sessionOn(const Fixture& f) {
     s.BzDate = QStringLiteral("15/11/2026");
     s.clock = [] { return QDateTime(QDate(2026, 11, 15), QTime(10, 30)); };
     return s;
+}
+
+// Wraps a step for OnModal: a check that fails inside the step closes the screen, so that the
+// test reports the failure instead of waiting on a dialog nobody will close.
+inline std::function<void(QWidget*)> closingOnFailure(std::function<void(QWidget*)> step) {
+    return [step = std::move(step)](QWidget* w) {
+        const QPointer<QWidget> screen(w);
+        step(w);
+        if (screen && screen->isVisible() && QTest::currentTestFailed())
+            screen->close();
+    };
 }
 
 } // namespace pondar::test

@@ -17,14 +17,6 @@ QTableView* grid(QWidget* w) {
     return test::child<QTableView>(w, u"DataGrid1"_s);
 }
 
-QStringList codesShown(QWidget* w) {
-    QStringList codes;
-    const QAbstractItemModel* model = grid(w)->model();
-    for (int row = 0; row < model->rowCount(); ++row)
-        codes.append(model->index(row, 0).data().toString());
-    return codes;
-}
-
 } // namespace
 
 class TestLookup final : public QObject {
@@ -102,49 +94,6 @@ private Q_SLOTS:
         QVERIFY(leave.ran());
         QVERIFY(!s.DialogAccepted);
         QCOMPARE(s.CurrentCode, QString());
-    }
-
-    void introducerListBindsWhatWasTyped() {
-        test::Fixture f;
-        for (const char* code : {"A1", "A2", "B1", "O'N1"})
-            f.addMember(QString::fromLatin1(code), u"M"_s);
-        f.addMember(u"A3"_s, u"GONE"_s, {}, true);
-        SessionSettings s = test::sessionOn(f);
-        QStringList shown;
-        test::OnModal step(u"SEAFORM"_s, [&](QWidget* w) {
-            shown = codesShown(w);
-            w->close();
-        });
-
-        // Active members other than the one on screen, starting with the typed text.
-        members::setIntroducerLookup(s, u"A1"_s, u"A"_s);
-        showScreen(Screen::Lookup, s);
-        QCOMPARE(shown, QStringList{u"A2"_s});
-        QVERIFY(s.LookupValues.isEmpty()); // the grid consumed them
-
-        test::OnModal again(u"SEAFORM"_s, [&](QWidget* w) {
-            shown = codesShown(w);
-            w->close();
-        });
-        members::setIntroducerLookup(s, u"A1"_s, u"O'"_s);
-        showScreen(Screen::Lookup, s);
-        QCOMPARE(shown, QStringList{u"O'N1"_s});
-    }
-
-    void failingStatementIsShownAndTheGridStaysEmpty() {
-        test::Fixture f;
-        SessionSettings s = test::sessionOn(f);
-        members::setLookup(s, u"Select nothing from nowhere"_s);
-        test::MessageBoxes boxes;
-        test::OnModal step(u"SEAFORM"_s, [&](QWidget* w) {
-            QVERIFY(!grid(w)->isEnabled());
-            w->close();
-        });
-        showScreen(Screen::Lookup, s);
-        QVERIFY(step.ran());
-        QCOMPARE(boxes.seen().size(), 1);
-        QCOMPARE(boxes.seen().first().title, u"Message"_s);
-        QCOMPARE(boxes.seen().first().icon, QMessageBox::Critical);
     }
 };
 

@@ -85,6 +85,7 @@ private Q_SLOTS:
         test::Fixture f;
         GenClass app;
         bool stillOpen = false;
+        test::OnModal log(u"MFLOG"_s, [](QWidget* w) { w->close(); });
         test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
             QCOMPARE(w->windowTitle(), u"Mifare Main Menu"_s);
             test::child<QPushButton>(w, u"CBUT(7)"_s)->click();

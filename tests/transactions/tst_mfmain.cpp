@@ -4,6 +4,7 @@
 
 #include "card/cardsim.h"
 #include "card/membercard.h"
+#include "reports/slip.h"
 #include "shell/database.h"
 #include "shell/inifile.h"
 #include "shell/session.h"
@@ -13,6 +14,7 @@
 
 #include <QFile>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -65,6 +67,14 @@ struct Till {
             qFatal("cannot issue the card");
         c.close();
     }
+    // Member 000123 with 5.00 pending and a card of 20.00 on the reader.
+    void maxWithPending(const QString& introducer = {}) {
+        f.addMember(u"000123"_s, u"Max"_s, introducer);
+        db::exec(f.db(),
+                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
+                 {u"000123"_s});
+        card(u"000123"_s, u"Max"_s, u"20"_s);
+    }
     QString cardValue() const {
         const QByteArray block = sim.block(card::ValueSector * 4);
         return QString::fromLatin1(block.left(block.indexOf('\0')));
@@ -86,6 +96,10 @@ struct Till {
             out << cells.join(u'|');
         }
         return out.join(u'\n');
+    }
+    QByteArray printed() const {
+        QFile printer(f.printerPath());
+        return printer.open(QIODevice::ReadOnly) ? printer.readAll() : QByteArray();
     }
     QString handOff(const QString& key) const {
         return IniFile(f.iniPath()).read(u"TRANSACTION"_s, key);
@@ -114,11 +128,7 @@ private Q_SLOTS:
     void topUpWorkedExample() {
         Till till;
         till.f.addMember(u"000045"_s, u"Ida"_s);
-        till.f.addMember(u"000123"_s, u"Max"_s, u"000045"_s);
-        db::exec(till.f.db(),
-                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
-                 {u"000123"_s});
-        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        till.maxWithPending(u"000045"_s);
         test::MessageBoxes boxes;
         boxes.queue(QMessageBox::Yes);
         QStringList shown;
@@ -164,6 +174,36 @@ private Q_SLOTS:
         QCOMPARE(handOff, QStringList({u"000123"_s, u"Max"_s, u"20"_s, u"5"_s, u"110"_s, u"135"_s,
                                        u"1"_s, ref}));
         QVERIFY(till.app.session().TransactionOk);
+        QCOMPARE(till.printed(),
+                 reports::printerBytes(reports::transactionSlip(till.f.db(), ref, u"TOPUP"_s)));
+        QVERIFY(till.printed().contains("Topup Value    : 100.00\r\nExtra Value    : 10.00\r\n"
+                                        "New Balance    : 135.00\r\n"));
+    }
+
+    // Print on an enquiry previews the slip of what the screen shows; nothing is posted.
+    void enquiryPrintsWhatTheScreenShows() {
+        Till till;
+        till.maxWithPending();
+        test::MessageBoxes boxes;
+        QString preview;
+        test::OnModal slip(u"PFORM"_s, [&](QWidget* w) {
+            preview = child<QPlainTextEdit>(w, u"RTF"_s)->toPlainText();
+            child<QPushButton>(w, u"Command1"_s)->click();
+        });
+        Screens screens([&](QWidget* w) {
+            QVERIFY(!child<QTabWidget>(w, u"STab"_s)->isTabEnabled(0));
+            press(w, 2);
+            press(w, 5);
+            press(w, 0);
+        });
+        QVERIFY(!till.start(u"ENQUIRY"_s));
+        QVERIFY(slip.ran());
+        const QString expected =
+            reports::enquirySlip(u"000123"_s, u"Max"_s, Currency::parse(u"20"_s), Moment);
+        QCOMPARE(preview, QString(expected).replace(u"\r\n"_s, u"\n"_s));
+        QCOMPARE(till.printed(), reports::printerBytes(expected));
+        QCOMPARE(boxes.seen().size(), 0);
+        QCOMPARE(till.f.count(u"Customize_Transaction"_s), 0);
     }
 
     // The modes' other Saves, each from a card of 20.00 with 5.00 pending.
@@ -190,11 +230,7 @@ private Q_SLOTS:
         QFETCH(QString, card);
         QFETCH(QString, line);
         Till till;
-        till.f.addMember(u"000123"_s, u"Max"_s);
-        db::exec(till.f.db(),
-                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
-                 {u"000123"_s});
-        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        till.maxWithPending();
         test::MessageBoxes boxes;
         boxes.queue(QMessageBox::Yes);
         Screens screens([&](QWidget* w) {
@@ -236,11 +272,7 @@ private Q_SLOTS:
         QFETCH(int, save);
         QFETCH(QString, message);
         Till till;
-        till.f.addMember(u"000123"_s, u"Max"_s);
-        db::exec(till.f.db(),
-                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
-                 {u"000123"_s});
-        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        till.maxWithPending();
         const QByteArray before = till.sim.image();
         test::MessageBoxes boxes; // answers the confirmation No
         bool stillOpen = false;

@@ -1,0 +1,82 @@
+#include "reports/grids.h"
+
+#include "reports/reporttext.h"
+#include "shell/database.h"
+#include "shell/text.h"
+
+#include <QSqlError>
+
+#include <utility>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar::reports {
+
+namespace {
+
+// Grid models need a scrollable query; db::exec gives forward-only ones.
+QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
+    db::requireOpen(db);
+    QSqlQuery q(db);
+    if (!q.prepare(sql))
+        throw db::DatabaseError(q.lastError().text() + u"\n\n"_s + sql);
+    for (const QVariant& value : values)
+        q.addBindValue(value);
+    if (!q.exec())
+        throw db::DatabaseError(q.lastError().text() + u"\n\n"_s + sql);
+    return q;
+}
+
+} // namespace
+
+QString memberLookupQuery(const QString& typed) {
+    QString literal = typed;
+    literal.replace(u"'"_s, u"''"_s);
+    return u"Select MemberCode as [CardNo],MemberName as [Name] from tloy_mt_member"
+           " where NonActive=0 and   MemberCode like '"_s +
+           literal + u"%' order by MemberCode"_s;
+}
+
+QSqlQuery memberTransactions(const QSqlDatabase& db, const QString& cardNo, QDate from, QDate to) {
+    // From one second past midnight: a line stamped at midnight of the from-date is left out,
+    // as this report always did.
+    return scrollable(
+        db,
+        u"select ID,Billtype as [Type],TrsDate as [Date],BillNo as [Ref],"
+        "PValue as [Value], RefTrsNo as [TrsNo] from Customize_Transaction "
+        "where CardNo=? and TrsDate between ? and ? order by TrsDate"_s,
+        {cardNo, QString(from.toString(u"yyyy-MM-dd"_s) + u" 00:00:01"_s), isoDayEnd(to)});
+}
+
+QSqlQuery logLines(const QSqlDatabase& db, QDate bizDate) {
+    return scrollable(db,
+                      u"Select a.ActualDate as 'Date',a.StaffCode as 'Staff',"
+                      "b.StaffName as 'Name',a.Description from customize_Log as a "
+                      "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
+                      "where a.bizDate=? order by a.ActualDate"_s,
+                      {isoDayStart(bizDate)});
+}
+
+GridModel::GridModel(QObject* parent)
+    : QSqlQueryModel(parent) {}
+
+void GridModel::load(QSqlQuery&& query, QList<int> dateColumns, QList<int> moneyColumns) {
+    m_dateColumns = std::move(dateColumns);
+    m_moneyColumns = std::move(moneyColumns);
+    setQuery(std::move(query));
+    if (lastError().isValid())
+        throw db::DatabaseError(lastError().text());
+}
+
+QVariant GridModel::data(const QModelIndex& index, int role) const {
+    const bool date = m_dateColumns.contains(index.column());
+    const bool money = m_moneyColumns.contains(index.column());
+    if (role == Qt::TextAlignmentRole && money)
+        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    const QVariant value = QSqlQueryModel::data(index, role);
+    if (role != Qt::DisplayRole || (!date && !money))
+        return value;
+    return date ? dateTimeText(value) : moneyText(value);
+}
+
+} // namespace pondar::reports

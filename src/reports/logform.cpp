@@ -1,0 +1,66 @@
+#include "reports/logform.h"
+
+#include "reports/grids.h"
+#include "reports/widgets.h"
+#include "shell/messages.h"
+#include "shell/session.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar::reports {
+
+LogForm::LogForm(SessionSettings& session, QWidget* parent)
+    : QDialog(parent)
+    , m_session(session)
+    , Label1(new QLabel(u"Transaction Date"_s, this))
+    , TD(dateBox(u"TD"_s, session.BzDate, this))
+    , Command2(button(u"Command2"_s, u"&Search"_s, this))
+    , Command1(button(u"Command1"_s, u"&Close"_s, this))
+    , DataGrid1(new QTableView(this))
+    , m_model(new GridModel(this)) {
+    setObjectName(u"MFLOG"_s);
+    setWindowTitle(u"Log"_s);
+    Label1->setObjectName(u"Label1"_s);
+    DataGrid1->setObjectName(u"DataGrid1"_s);
+    DataGrid1->setModel(m_model);
+    DataGrid1->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    DataGrid1->setSelectionBehavior(QAbstractItemView::SelectRows);
+    DataGrid1->setMinimumSize(twips(12000), 300);
+
+    auto* top = new QHBoxLayout;
+    top->addWidget(Label1);
+    top->addWidget(TD);
+    top->addWidget(Command2);
+    top->addStretch();
+    top->addWidget(Command1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(top);
+    layout->addWidget(DataGrid1, 1);
+
+    connect(Command2, &QPushButton::clicked, this, [this] { search(); });
+    connect(Command1, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+void LogForm::search() {
+    guarded(this, [&] {
+        const QDate day = typedDate(TD);
+        if (!day.isValid()) {
+            showError(this, u"Invalid Date !!!"_s);
+            TD->setFocus();
+            return;
+        }
+        m_model->load(logLines(m_session.Conn, day), {0}, {});
+        const int widths[] = {2400, 1500, 2500, 5500};
+        for (int c = 0; c < 4; ++c)
+            DataGrid1->setColumnWidth(c, twips(widths[c]));
+    });
+}
+
+} // namespace pondar::reports

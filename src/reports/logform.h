@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QDialog>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTableView;
+
+namespace pondar {
+
+struct SessionSettings;
+
+namespace reports {
+
+class GridModel;
+
+// MFLOG: the activity log of one business date, read-only.
+class LogForm final : public QDialog {
+    Q_OBJECT
+public:
+    explicit LogForm(SessionSettings& session, QWidget* parent = nullptr);
+
+private:
+    void search();
+
+    SessionSettings& m_session;
+    QLabel* Label1;
+    QLineEdit* TD;
+    QPushButton* Command2;
+    QPushButton* Command1;
+    QTableView* DataGrid1;
+    GridModel* m_model;
+};
+
+} // namespace reports
+} // namespace pondar

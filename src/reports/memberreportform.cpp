@@ -1,0 +1,151 @@
+#include "reports/memberreportform.h"
+
+#include "reports/grids.h"
+#include "reports/widgets.h"
+#include "shell/messages.h"
+#include "shell/screens.h"
+#include "shell/session.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <utility>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar::reports {
+
+namespace {
+
+enum Column { Id, Type, Date, Ref, Value, TrsNo };
+
+} // namespace
+
+MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
+    : QDialog(parent)
+    , m_session(session)
+    , Label1(new QLabel(u"Member Code :"_s, this))
+    , TXT(new QLineEdit(this))
+    , Label3(new QLabel(u"Date :"_s, this))
+    , TD1(dateBox(u"TD(1)"_s, session.BzDate, this))
+    , TD2(dateBox(u"TD(2)"_s, session.BzDate, this))
+    , CBUT0(button(u"CBUT(0)"_s, u"&Search"_s, this))
+    , CBUT2(button(u"CBUT(2)"_s, u"&Close"_s, this))
+    , CBUT5(button(u"CBUT(5)"_s, u"&Print"_s, this))
+    , STab(new QTabWidget(this))
+    , MData(new QTableView(this))
+    , m_model(new GridModel(this)) {
+    setObjectName(u"MRPT"_s);
+    setWindowTitle(u"Report"_s);
+    Label1->setObjectName(u"Label1"_s);
+    Label3->setObjectName(u"Label3"_s);
+    TXT->setObjectName(u"TXT"_s);
+    STab->setObjectName(u"STab"_s);
+    MData->setObjectName(u"MData"_s);
+    MData->setModel(m_model);
+    MData->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    MData->setSelectionBehavior(QAbstractItemView::SelectRows);
+    MData->setSelectionMode(QAbstractItemView::SingleSelection);
+    MData->setMinimumSize(twips(10500), 260);
+    STab->addTab(MData, u"History"_s);
+    // The second tab has no content on this form; it stays in view, switched off.
+    STab->addTab(new QWidget(STab), u"Pending"_s);
+    STab->setTabEnabled(1, false);
+    CBUT5->setEnabled(false);
+
+    auto* top = new QHBoxLayout;
+    top->addWidget(Label1);
+    top->addWidget(TXT);
+    top->addWidget(Label3);
+    top->addWidget(TD1);
+    top->addWidget(TD2);
+    top->addWidget(CBUT0);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(CBUT5);
+    buttons->addWidget(CBUT2);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(top);
+    layout->addWidget(STab, 1);
+    layout->addLayout(buttons);
+
+    TXT->installEventFilter(this);
+    TD1->installEventFilter(this);
+    TD2->installEventFilter(this);
+    connect(CBUT0, &QPushButton::clicked, this, [this] { search(); });
+    connect(CBUT2, &QPushButton::clicked, this, &QDialog::reject);
+    connect(CBUT5, &QPushButton::clicked, this, [this] { reopenSlip(); });
+}
+
+bool MemberReportForm::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == TXT && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
+        lookup();
+        return true;
+    }
+    if ((watched == TD1 || watched == TD2) && event->type() == QEvent::FocusIn) {
+        // After the box has placed its cursor, so the selection survives a mouse click.
+        auto* box = static_cast<QLineEdit*>(watched);
+        QTimer::singleShot(0, box, [box] { box->selectAll(); });
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void MemberReportForm::lookup() {
+    guarded(this, [&] {
+        m_session.LookupQuery = memberLookupQuery(TXT->text());
+        if (showScreen(Screen::Lookup, m_session, this) && m_session.DialogAccepted)
+            TXT->setText(m_session.CurrentCode);
+        TXT->setFocus();
+    });
+}
+
+void MemberReportForm::search() {
+    guarded(this, [&] {
+        if (TXT->text().isEmpty()) {
+            TXT->setFocus();
+            return;
+        }
+        const QDate from = typedDate(TD1);
+        const QDate to = typedDate(TD2);
+        for (const auto& [date, box] : {std::pair{from, TD1}, std::pair{to, TD2}}) {
+            if (!date.isValid()) {
+                showError(this, u"Invalid Date !!!"_s);
+                box->setFocus();
+                return;
+            }
+        }
+
+        CBUT5->setEnabled(false);
+        m_model->load(memberTransactions(m_session.Conn, TXT->text(), from, to), {Date}, {Value});
+        MData->setColumnHidden(Id, true);
+        const int widths[] = {0, 1000, 2500, 1500, 1500, 3500};
+        for (int c = Type; c <= TrsNo; ++c)
+            MData->setColumnWidth(c, twips(widths[c]));
+        if (m_model->rowCount() > 0) {
+            MData->selectRow(0);
+            CBUT5->setEnabled(true);
+        }
+    });
+}
+
+void MemberReportForm::reopenSlip() {
+    guarded(this, [&] {
+        const QModelIndex current = MData->currentIndex();
+        const int row = current.isValid() ? current.row() : 0;
+        m_session.SlipRefNo = m_model->data(m_model->index(row, TrsNo)).toString();
+        m_session.SlipAction.clear(); // a reprint is previewed; it has its own print button
+        showScreen(Screen::Slip, m_session, this);
+    });
+}
+
+} // namespace pondar::reports

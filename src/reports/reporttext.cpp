@@ -1,0 +1,137 @@
+#include "reports/reporttext.h"
+
+#include "shell/database.h"
+
+#include <pondar/error.h>
+
+#include <QDate>
+#include <QStringView>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace pondar::reports {
+
+void ReportText::line(const QString& text) {
+    m_text += text;
+    m_text += u"\r\n"_s;
+}
+
+void ReportText::rule() {
+    line(QString(40, u'-'));
+}
+
+void ReportText::totalLine(Currency total) {
+    line(u"Total :   "_s + QString(20, u' ') + rightAmount(total));
+}
+
+QString fill(int width, qsizetype used, const QString& what) {
+    if (used > width)
+        throw Error(u"The report cannot be finished: \""_s + what + u"\" does not fit in "_s +
+                    QString::number(width) + u" columns."_s);
+    return QString(width - used, u' ');
+}
+
+QString rightAmount(Currency amount, int width) {
+    const QString text = amount.format();
+    return fill(width, text.size(), text) + text;
+}
+
+QString codeColumn(const QString& code, int width) {
+    const QString trimmed = code.trimmed();
+    return trimmed.left(width) + fill(width, trimmed.size(), trimmed);
+}
+
+QString nameColumn(const QString& name, int width) {
+    const QString trimmed = name.trimmed();
+    return name.left(width) + fill(width, trimmed.size(), trimmed);
+}
+
+QString padColumn(const QString& text, int width) {
+    return text.left(width).leftJustified(width, u' ');
+}
+
+namespace {
+
+// A stored date-time split into day and time of day. Reports convert thousands of these, so the
+// ISO text that the tables hold is read by hand: going through a local QDateTime costs a time
+// zone look-up per value.
+struct Stamp {
+    QDate day;
+    QTime time;
+    bool valid() const { return day.isValid() && time.isValid(); }
+};
+
+int digits(QStringView text, qsizetype from, qsizetype count) {
+    int n = 0;
+    for (qsizetype i = from; i < from + count; ++i) {
+        const char16_t c = text[i].unicode();
+        if (c < u'0' || c > u'9')
+            return -1;
+        n = n * 10 + (c - u'0');
+    }
+    return n;
+}
+
+// "yyyy-mm-dd", optionally followed by " hh:mm:ss" or "Thh:mm:ss" and a fraction.
+Stamp isoStamp(QStringView t) {
+    if (t.size() < 10 || t[4] != u'-' || t[7] != u'-')
+        return {};
+    const QDate day(digits(t, 0, 4), digits(t, 5, 2), digits(t, 8, 2));
+    if (t.size() == 10)
+        return {day, QTime(0, 0)};
+    if (t.size() < 19 || (t[10] != u' ' && t[10] != u'T') || t[13] != u':' || t[16] != u':' ||
+        (t.size() > 19 && t[19] != u'.'))
+        return {};
+    return {day, QTime(digits(t, 11, 2), digits(t, 14, 2), digits(t, 17, 2))};
+}
+
+Stamp stampOf(const QVariant& value) {
+    if (value.isNull())
+        return {};
+    if (value.typeId() == QMetaType::QDateTime) {
+        const QDateTime moment = value.toDateTime();
+        return {moment.date(), moment.time()};
+    }
+    if (value.typeId() == QMetaType::QDate)
+        return {value.toDate(), QTime(0, 0)};
+    const QString text = value.toString().trimmed();
+    if (const Stamp stamp = isoStamp(text); stamp.valid())
+        return stamp;
+    const QDateTime moment = QDateTime::fromString(text, u"yyyy-MM-dd HH:mm"_s);
+    return {moment.date(), moment.time()};
+}
+
+QString twoDigits(int n) {
+    return QString::number(n).rightJustified(2, u'0');
+}
+
+QString dayText(QDate day) {
+    return twoDigits(day.day()) + u'/' + twoDigits(day.month()) + u'/' +
+           QString::number(day.year()).rightJustified(4, u'0');
+}
+
+} // namespace
+
+QDateTime dbDateTime(const QVariant& value) {
+    const Stamp stamp = stampOf(value);
+    return stamp.valid() ? QDateTime(stamp.day, stamp.time) : QDateTime();
+}
+
+QString dateText(const QVariant& value) {
+    const Stamp stamp = stampOf(value);
+    return stamp.valid() ? dayText(stamp.day) : value.toString();
+}
+
+QString dateTimeText(const QVariant& value) {
+    const Stamp stamp = stampOf(value);
+    if (!stamp.valid())
+        return value.toString();
+    return dayText(stamp.day) + u' ' + twoDigits(stamp.time.hour()) + u':' +
+           twoDigits(stamp.time.minute()) + u':' + twoDigits(stamp.time.second());
+}
+
+QString moneyText(const QVariant& value) {
+    return value.isNull() ? QString() : db::readMoney(value).format();
+}
+
+} // namespace pondar::reports

@@ -1,0 +1,274 @@
+#include "reports/eod.h"
+#include "reports/ledger.h"
+#include "support/fixtures.h"
+
+#include <pondar/error.h>
+
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace pondar;
+
+namespace {
+
+const QString Rule(40, u'-');
+const QString End = u"-------------End of Report--------------"_s;
+const QString Blank20(20, u' ');
+
+reports::EodRequest request(const QString& from = u"01/02/2024"_s,
+                            const QString& to = u"03/02/2024"_s) {
+    return {u"OUT1"_s, from, to, QDateTime(QDate(2024, 2, 5), QTime(9, 30, 0))};
+}
+
+QStringList header(const QString& title, const QString& dateLine) {
+    return {u"Outlet    : OUT1"_s,
+            u"Report    : "_s + title,
+            dateLine,
+            u"Printed   : 05/02/2024 09:30:00"_s,
+            Rule,
+            u""_s};
+}
+
+void trs(const test::Fixture& f, const QString& date, const QString& type, const QString& value,
+         const QString& card = u"C1"_s, const QVariant& name = u"ANN"_s, const QString& ref = {},
+         const QVariant& bill = {}) {
+    test::insertRow(f.db(), u"Customize_Transaction"_s,
+                    {{u"TrsDate"_s, date},
+                     {u"Billtype"_s, type},
+                     {u"PValue"_s, value},
+                     {u"CardNo"_s, card},
+                     {u"Name"_s, name},
+                     {u"RefTrsNo"_s, ref},
+                     {u"BillNo"_s, bill}});
+}
+
+void topup(const test::Fixture& f, const QString& card, const QString& date, const QString& value,
+           int status = 0, const QVariant& bill = {}, const QString& ref = u"REF"_s) {
+    test::insertRow(f.db(), u"Customize_Topup"_s,
+                    {{u"cardNo"_s, card},
+                     {u"DateInput"_s, date},
+                     {u"UpdateStatus"_s, status},
+                     {u"FValue"_s, value},
+                     {u"RefTrsNo"_s, ref},
+                     {u"BillNo"_s, bill}});
+}
+
+void comm(const test::Fixture& f, const QString& staff, const QString& date, const QString& value,
+          const QString& ref = u"REF"_s, const QString& card = u"C1"_s,
+          const QString& name = u"ANN"_s) {
+    test::insertRow(f.db(), u"Customize_StaffComm"_s,
+                    {{u"StaffCode"_s, staff},
+                     {u"TrsDate"_s, date},
+                     {u"PValue"_s, value},
+                     {u"RefTrsNo"_s, ref},
+                     {u"CardNo"_s, card},
+                     {u"Name"_s, name}});
+}
+
+// 30 columns of label, 10 of amount.
+QString row(const QString& label, const QString& amount) {
+    return label.leftJustified(30, u' ') + amount.rightJustified(10, u' ');
+}
+
+QString total(const QString& amount) {
+    return u"Total :   "_s + Blank20 + amount.rightJustified(10, u' ');
+}
+
+void compareReport(const QString& actual, const QStringList& expected) {
+    QCOMPARE(test::linesOf(actual), expected);
+    QCOMPARE(actual, test::crlf(expected));
+}
+
+} // namespace
+
+class TestEodReports final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void emptyRanges() {
+        test::Fixture f;
+        // Outside the range, and settled: none of these may show.
+        trs(f, u"2024-01-31 23:59:59"_s, u"IN"_s, u"5"_s);
+        trs(f, u"2024-02-04 00:00:00"_s, u"OUT"_s, u"-5"_s);
+        comm(f, u"S1"_s, u"2024-01-31 10:00:00"_s, u"1"_s);
+        topup(f, u"C1"_s, u"2024-02-02 10:00:00"_s, u"9"_s, 1);
+
+        const QString dates = u"01/02/2024 to 03/02/2024"_s;
+        compareReport(reports::dailySummary(f.db(), request()),
+                      header(u"Daily Transaction summary"_s, u"BizDate   : "_s + dates)
+                          << u""_s << End);
+        compareReport(reports::memberBalances(f.db(), request()),
+                      header(u"Member Balances"_s, u"as at     : 03/02/2024"_s) << End);
+        compareReport(reports::pendingDetails(f.db(), request()),
+                      header(u"Pending Topup Details"_s, u"as at     : 03/02/2024"_s) << End);
+        compareReport(reports::staffCommission(f.db(), request()),
+                      header(u"Staff Commission Details"_s, u"Date      : "_s + dates) << End);
+    }
+
+    void dailySummaryCarriesTheByTypeTotalIntoTheFirstBlock() {
+        test::Fixture f;
+        f.addStaff(u"S1"_s, u"ALI"_s);
+        // The range runs from the from-date at midnight to the to-date at 23:59:59.
+        trs(f, u"2024-02-01 00:00:00"_s, u"IN"_s, u"60"_s, u"C1"_s, u"ANN"_s, u"R1"_s, u"B1"_s);
+        trs(f, u"2024-02-02 11:00:00"_s, u"IN"_s, u"40"_s, u" C2 "_s, QVariant(), u"R2"_s);
+        trs(f, u"2024-02-03 23:59:59"_s, u"OUT"_s, u"-30"_s, u"C1"_s, u"ANN"_s, u"R3"_s, u"B3"_s);
+        trs(f, u"2024-02-04 00:00:00"_s, u"IN"_s, u"1000"_s);
+        // Commission counts for the from-date only, as posting dates it: the day at midnight.
+        comm(f, u"S1"_s, u"2024-02-01 00:00:00"_s, u"1.5"_s);
+        comm(f, u"S1"_s, u"2024-02-01 00:00:00"_s, u"2.25"_s);
+        comm(f, u"S9"_s, u"2024-02-01 00:00:00"_s, u"0.5"_s);
+        comm(f, u"S1"_s, u"2024-02-02 00:00:00"_s, u"100"_s);
+        comm(f, u"S1"_s, u"2024-02-01 09:00:00"_s, u"50"_s);
+
+        QStringList expected =
+            header(u"Daily Transaction summary"_s, u"BizDate   : 01/02/2024 to 03/02/2024"_s);
+        expected << row(u"TOPUP"_s, u"100.00"_s) << row(u"WITHDRAW"_s, u"-30.00"_s) << u""_s
+                 << u"[TOPUP / IN VALUE]"_s << u"01/02/2024 #B1"_s << u"RefNo# :R1"_s
+                 << u"C1        ANN                      60.00"_s << u""_s << u"02/02/2024 #"_s
+                 << u"RefNo# :R2"_s << u"C2                                 40.00"_s << u""_s
+                 << Rule << total(u"170.00"_s) << u""_s << u"[WITHDRAW / OUT VALUE]"_s
+                 << u"03/02/2024 #B3"_s << u"RefNo# :R3"_s
+                 << u"C1        ANN                     -30.00"_s << u""_s << Rule
+                 << total(u"-30.00"_s) << u""_s << u"[STAFF COMMISSION]"_s
+                 << u"S1        ALI                       3.75"_s
+                 << u"S9                                  0.50"_s << Rule << total(u"4.25"_s)
+                 << u""_s << End;
+        compareReport(reports::dailySummary(f.db(), request()), expected);
+    }
+
+    void withoutTopUpsTheWithdrawBlockCarriesTheTotal() {
+        test::Fixture f;
+        trs(f, u"2024-02-01 10:00:00"_s, u"AIN"_s, u"8"_s);
+        trs(f, u"2024-02-01 11:00:00"_s, u"OUT"_s, u"-3"_s, u"C1"_s, u"ANN"_s, u"R1"_s);
+        const QStringList lines =
+            test::linesOf(reports::dailySummary(f.db(), request(u"01/02/2024"_s, u"01/02/2024"_s)));
+        QCOMPARE(lines.mid(6, 3), (QStringList{row(u"ADJUSTMENT IN"_s, u"8.00"_s),
+                                               row(u"WITHDRAW"_s, u"-3.00"_s), u""_s}));
+        QVERIFY(!lines.contains(u"[TOPUP / IN VALUE]"_s));
+        QVERIFY(lines.contains(total(u"2.00"_s)));
+    }
+
+    void unknownBillTypeKeepsThePreviousLabel() {
+        test::Fixture f;
+        // SQLite groups in code order: AOT, IN, OUT, OZZ, PED; and in the second range QQ alone.
+        trs(f, u"2024-02-01 10:00:00"_s, u"PED"_s, u"4"_s);
+        trs(f, u"2024-02-01 10:00:00"_s, u"OZZ"_s, u"7"_s);
+        trs(f, u"2024-02-01 10:00:00"_s, u"OUT"_s, u"-5"_s);
+        trs(f, u"2024-02-01 10:00:00"_s, u"AOT"_s, u"-1"_s);
+        trs(f, u"2024-03-01 10:00:00"_s, u"QQ"_s, u"2"_s);
+
+        QStringList lines = test::linesOf(reports::dailySummary(f.db(), request()));
+        QCOMPARE(lines.mid(6, 5),
+                 (QStringList{row(u"ADJUSTMENT OUT"_s, u"-1.00"_s), row(u"WITHDRAW"_s, u"-5.00"_s),
+                              row(u"WITHDRAW"_s, u"7.00"_s), row(u"PENDING TOPUP"_s, u"4.00"_s),
+                              u""_s}));
+        lines =
+            test::linesOf(reports::dailySummary(f.db(), request(u"01/03/2024"_s, u"01/03/2024"_s)));
+        QCOMPARE(lines.value(6), row(QString(), u"2.00"_s));
+    }
+
+    void memberInBothBalanceBlocks() {
+        test::Fixture f;
+        f.addMember(u"C1"_s, u"ANN LEE"_s);
+        trs(f, u"2024-02-01 10:00:00"_s, u"IN"_s, u"50"_s, u"C1"_s, u"ANN"_s);
+        trs(f, u"2024-02-02 10:00:00"_s, u"OUT"_s, u"-20"_s, u"C1"_s, u"ANN"_s);
+        trs(f, u"2024-02-03 10:00:00"_s, u"PED"_s, u"2"_s, u"C1"_s, u"ANN"_s);
+        trs(f, u"2024-02-02 10:00:00"_s, u"IN"_s, u"10"_s, u"C0"_s, u"BOB"_s);
+        trs(f, u"2024-02-09 10:00:00"_s, u"IN"_s, u"99"_s, u"C1"_s, u"ANN"_s);
+        topup(f, u"C1"_s, u"2024-02-01 00:00:00"_s, u"5"_s);
+        topup(f, u"C1"_s, u"2024-02-03 12:00:00"_s, u"1.25"_s);
+        topup(f, u"C1"_s, u"2023-02-03 12:00:00"_s, u"80"_s); // before the range
+        topup(f, u"C7"_s, u"2024-02-02 12:00:00"_s, u"3"_s);  // no member row
+        topup(f, u"C0"_s, u"2024-02-02 12:00:00"_s, u"9"_s, 1);
+
+        QStringList expected =
+            header(u"Member Balances"_s, u"as at     : 03/02/2024"_s)
+            << u"[MEMBER BALANCES]"_s << u"C0        BOB                      10.00"_s
+            << u"C1        ANN                      32.00"_s << Rule << total(u"42.00"_s) << u""_s
+            << u"[PENDING TOPUP VALUE]"_s << u"C1        ANN LEE                   6.25"_s
+            << u"C7                                  3.00"_s << Rule << total(u"9.25"_s) << u""_s
+            << End;
+        compareReport(reports::memberBalances(f.db(), request()), expected);
+    }
+
+    void pendingDetailsListEveryWaitingTopUpByCard() {
+        test::Fixture f;
+        f.addMember(u"C1"_s, u"ANN LEE"_s);
+        f.addMember(u"C2"_s, u"BOB"_s);
+        topup(f, u"C2"_s, u"2024-02-02 12:00:00"_s, u"4"_s, 0, u"BILL-2"_s, u"R22"_s);
+        topup(f, u"C1"_s, u"2024-02-01 08:00:00"_s, u"2.5"_s, 0, u"B-123456789012345678901"_s,
+              u"R12"_s);
+        topup(f, u"C1"_s, u"2019-06-30 08:00:00"_s, u"10"_s, 0, {}, u"R11"_s);
+        topup(f, u"C1"_s, u"2024-01-01 08:00:00"_s, u"70"_s, 1, {}, u"SETTLED"_s);
+        topup(f, u"C9"_s, u"2024-02-03 08:00:00"_s, u"1"_s, 0, {}, u"R9"_s);
+
+        QStringList expected =
+            header(u"Pending Topup Details"_s, u"as at     : 03/02/2024"_s)
+            << u"[C1-ANN LEE]"_s << u"Ref:R11"_s << u"30/06/2019"_s + Blank20 + u"     10.00"_s
+            << u""_s << u"Ref:R12"_s << u"01/02/2024B-123456789012345678      2.50"_s << u""_s
+            << Rule << total(u"12.50"_s) << u""_s << u"[C2-BOB]"_s << u"Ref:R22"_s
+            << u"02/02/2024BILL-2                    4.00"_s << u""_s << Rule << total(u"4.00"_s)
+            << u""_s << u"[C9-]"_s << u"Ref:R9"_s << u"03/02/2024"_s + Blank20 + u"      1.00"_s
+            << u""_s << Rule << total(u"1.00"_s) << u""_s << End;
+        compareReport(reports::pendingDetails(f.db(), request()), expected);
+    }
+
+    void staffCommissionLinesAndTotals() {
+        test::Fixture f;
+        f.addStaff(u"S1"_s, u"ALI"_s);
+        comm(f, u"S1"_s, u"2024-02-03 23:59:59"_s, u"2.25"_s, u"R2"_s, u"C2"_s,
+             u"A NAME LONGER THAN TWENTY"_s);
+        comm(f, u"S1"_s, u"2024-02-01 00:00:00"_s, u"1.5"_s, u"R1"_s, u"C1234567890123"_s);
+        comm(f, u"S9"_s, u"2024-02-02 10:00:00"_s, u"0.75"_s, u"R3"_s);
+        comm(f, u"S1"_s, u"2024-02-04 00:00:00"_s, u"100"_s, u"LATER"_s);
+
+        QStringList expected =
+            header(u"Staff Commission Details"_s, u"Date      : 01/02/2024 to 03/02/2024"_s)
+            << u"[S1-ALI]"_s << u"Ref:R1"_s << u"01/02/2024 C123456789ANN"_s
+            << u"Earning : "_s + Blank20 + u"      1.50"_s << u""_s << u"Ref:R2"_s
+            << u"03/02/2024 C2        A NAME LONGER THAN T"_s
+            << u"Earning : "_s + Blank20 + u"      2.25"_s << u""_s << Rule << total(u"3.75"_s)
+            << u""_s << u"[S9-]"_s << u"Ref:R3"_s << u"02/02/2024 C1        ANN"_s
+            << u"Earning : "_s + Blank20 + u"      0.75"_s << u""_s << Rule << total(u"0.75"_s)
+            << u""_s << End;
+        compareReport(reports::staffCommission(f.db(), request()), expected);
+    }
+
+    void valuesTooWideForTheirColumnStopTheReport_data() {
+        QTest::addColumn<QString>("card");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("card of 11") << u"12345678901"_s << u"ANN"_s << u"1"_s;
+        QTest::newRow("amount of 11 characters") << u"C1"_s << u"ANN"_s << u"12345678.9"_s;
+        QTest::newRow("name of 21") << u"C1"_s << u"ABCDEFGHIJKLMNOPQRSTU"_s << u"1"_s;
+    }
+    void valuesTooWideForTheirColumnStopTheReport() {
+        QFETCH(QString, card);
+        QFETCH(QString, name);
+        QFETCH(QString, value);
+        test::Fixture f;
+        trs(f, u"2024-02-01 10:00:00"_s, u"OUT"_s, value, card, name);
+        QVERIFY_THROWS_EXCEPTION(Error, reports::dailySummary(f.db(), request()));
+        QVERIFY_THROWS_EXCEPTION(Error, reports::memberBalances(f.db(), request()));
+    }
+
+    void widthLimitsAreInclusive() {
+        test::Fixture f;
+        // Ten characters of card after trimming, 20 of name, 10 of amount: all fit exactly.
+        trs(f, u"2024-02-01 10:00:00"_s, u"IN"_s, u"1234567.89"_s, u" 1234567890 "_s,
+            u"ABCDEFGHIJKLMNOPQRST"_s);
+        QCOMPARE(test::linesOf(reports::memberBalances(f.db(), request())).value(7),
+                 u"1234567890ABCDEFGHIJKLMNOPQRST1234567.89"_s);
+    }
+
+    void invalidDatesAreRefused() {
+        test::Fixture f;
+        QVERIFY_THROWS_EXCEPTION(
+            Error, reports::dailySummary(f.db(), request(u"31/02/2024"_s, u"01/03/2024"_s)));
+        QVERIFY_THROWS_EXCEPTION(
+            Error, reports::staffCommission(f.db(), request(u"01/02/2024"_s, u"  /  /    "_s)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEodReports)
+#include "tst_eodreports.moc"
