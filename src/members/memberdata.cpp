@@ -5,7 +5,6 @@
 #include "shell/text.h"
 
 #include <QDateTime>
-#include <QSqlError>
 #include <QtMath>
 
 using namespace Qt::Literals::StringLiterals;
@@ -35,18 +34,7 @@ void setStaffLookup(SessionSettings& session) {
 }
 
 QSqlQuery openForGrid(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
-    db::requireOpen(db);
-    QSqlQuery query(db);
-    auto fail = [&] {
-        throw db::DatabaseError(query.lastError().text().trimmed() + u"\n\n"_s + sql.simplified());
-    };
-    if (!query.prepare(sql))
-        fail();
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        fail();
-    return query;
+    return db::scrollable(db, sql, values);
 }
 
 QSqlQuery memberHistory(const QSqlDatabase& db, const QString& code) {

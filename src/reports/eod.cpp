@@ -18,8 +18,8 @@ namespace {
 const QString EndLine = u"-------------End of Report--------------"_s;
 
 struct Range {
-    QString start; // the from-date at 00:00:00
-    QString end;   // the to-date at 23:59:59
+    QDateTime start; // the from-date at 00:00:00
+    QDateTime end;   // the to-date at 23:59:59
 };
 
 Range rangeOf(const EodRequest& request) {
@@ -27,7 +27,7 @@ Range rangeOf(const EodRequest& request) {
     const QDate to = parseDate(request.toText);
     if (!from.isValid() || !to.isValid())
         throw Error(u"Invalid Date Input !!!"_s);
-    return {isoDayStart(from), isoDayEnd(to)};
+    return {from.startOfDay(), QDateTime(to, QTime(23, 59, 59))};
 }
 
 void header(ReportText& out, const EodRequest& request, const QString& title,

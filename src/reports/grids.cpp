@@ -12,23 +12,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::reports {
 
-namespace {
-
-// Grid models need a scrollable query; db::exec gives forward-only ones.
-QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
-    db::requireOpen(db);
-    QSqlQuery q(db);
-    if (!q.prepare(sql))
-        throw db::DatabaseError(q.lastError().text() + u"\n\n"_s + sql);
-    for (const QVariant& value : values)
-        q.addBindValue(value);
-    if (!q.exec())
-        throw db::DatabaseError(q.lastError().text() + u"\n\n"_s + sql);
-    return q;
-}
-
-} // namespace
-
 QString memberLookupQuery(const QString& typed) {
     QString literal = typed;
     literal.replace(u"'"_s, u"''"_s);
@@ -40,21 +23,21 @@ QString memberLookupQuery(const QString& typed) {
 QSqlQuery memberTransactions(const QSqlDatabase& db, const QString& cardNo, QDate from, QDate to) {
     // From one second past midnight: a line stamped at midnight of the from-date is left out,
     // as this report always did.
-    return scrollable(
+    return db::scrollable(
         db,
         u"select ID,Billtype as [Type],TrsDate as [Date],BillNo as [Ref],"
         "PValue as [Value], RefTrsNo as [TrsNo] from Customize_Transaction "
         "where CardNo=? and TrsDate between ? and ? order by TrsDate"_s,
-        {cardNo, QString(from.toString(u"yyyy-MM-dd"_s) + u" 00:00:01"_s), isoDayEnd(to)});
+        {cardNo, QDateTime(from, QTime(0, 0, 1)), QDateTime(to, QTime(23, 59, 59))});
 }
 
 QSqlQuery logLines(const QSqlDatabase& db, QDate bizDate) {
-    return scrollable(db,
-                      u"Select a.ActualDate as 'Date',a.StaffCode as 'Staff',"
-                      "b.StaffName as 'Name',a.Description from customize_Log as a "
-                      "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
-                      "where a.bizDate=? order by a.ActualDate"_s,
-                      {isoDayStart(bizDate)});
+    return db::scrollable(db,
+                          u"Select a.ActualDate as 'Date',a.StaffCode as 'Staff',"
+                          "b.StaffName as 'Name',a.Description from customize_Log as a "
+                          "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
+                          "where a.bizDate=? order by a.ActualDate"_s,
+                          {bizDate.startOfDay()});
 }
 
 GridModel::GridModel(QObject* parent)
