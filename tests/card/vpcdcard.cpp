@@ -23,6 +23,10 @@ QByteArray sw(quint16 word) {
 
 bool receiveAll(int fd, char* data, int size) {
     while (size > 0) {
+        // vpcd sends a message's length and its payload apart; acknowledging at once keeps
+        // Nagle's algorithm on its side from holding the payload back for a delayed ACK.
+        const int one = 1;
+        ::setsockopt(fd, IPPROTO_TCP, TCP_QUICKACK, &one, sizeof one);
         const ssize_t n = ::recv(fd, data, size_t(size), 0);
         if (n <= 0)
             return false;
