@@ -294,15 +294,16 @@ public:
                 return dropAfter(w.rv, status::OperationFailed);
             if (!w.ok())
                 return status::OperationFailed;
-            // Never written twice: a write that cannot be confirmed is reported, not repeated.
-            // Trailers read back with their keys hidden, so they are not compared.
+            // The card acknowledged the write. Reading it back catches a write that did not
+            // stick; one that cannot be read back (the card already gone) stands on the
+            // acknowledgement, since calling it failed would leave a written value unposted.
+            // Nothing is ever written twice. Trailers read back with their keys hidden.
             if (isTrailer(block))
                 return status::Ok;
             QByteArray back;
-            const int16 r = readBlock(block, back);
-            if (r == status::NoTag)
-                return r;
-            return r == status::Ok && back == bytes ? status::Ok : status::ReadAfterWriteFailed;
+            if (readBlock(block, back) != status::Ok)
+                return status::Ok;
+            return back == bytes ? status::Ok : status::ReadAfterWriteFailed;
         });
     }
 

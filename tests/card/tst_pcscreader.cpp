@@ -130,8 +130,9 @@ private Q_SLOTS:
         QCOMPARE(lib.Write(h, 37, Data), status::Ok);
     }
 
-    // Pulled after the login, as the write arrives: nothing is written, nothing is retried.
-    void cardPulledBeforeTheWrite() {
+    // Pulled as the write arrives: nothing written, nothing retried. Pulled once the card has
+    // acknowledged it: the write stands, though it cannot be read back.
+    void cardPulledDuringAWrite() {
         test::CardBench bench;
         bench.put({1, 2, 3, 4});
         const QByteArray before = bench.image();
@@ -145,6 +146,13 @@ private Q_SLOTS:
         QVERIFY(bench.stack()->waitForCard(false));
         uint8 type, length, serial[10];
         QCOMPARE(lib.Select(h, type, length, serial), status::NoTag);
+
+        bench.put(before);
+        QCOMPARE(ready(lib, h, 9), status::Ok);
+        bench.card()->vanishOn(ReadBinary);
+        QCOMPARE(lib.Write(h, 36, Data), status::Ok);
+        QCOMPARE(bench.card()->count(UpdateBinary), 1);
+        QCOMPARE(bench.block(36), QByteArray(reinterpret_cast<const char*>(Data), 16));
     }
 
     void writeThatDidNotStickIsReportedOnce() {
