@@ -38,7 +38,26 @@ int main(int argc, char** argv) {
         "instead of the SQLite file in the data folder."_s,
         u"connection"_s);
     parser.addOption(odbcOption);
+    const QCommandLineOption readerOption(
+        u"reader"_s,
+        u"The card reader: sim (simulated cards in the data folder, the default), pcsc (the "
+        "first PC/SC reader) or pcsc:NAME (the first PC/SC reader whose name contains NAME)."_s,
+        u"reader"_s);
+    parser.addOption(readerOption);
     parser.process(app);
+
+    if (parser.isSet(readerOption)) {
+        const QString reader = parser.value(readerOption);
+        if (reader == u"pcsc"_s || reader.startsWith(u"pcsc:"_s)) {
+            qputenv("PONDAR_READER", reader.toLocal8Bit());
+        } else if (reader != u"sim"_s) {
+            QMessageBox::critical(nullptr, u"Pondar demo host"_s,
+                                  u"Unknown reader "_s + reader + u"; use sim or pcsc."_s);
+            return 1;
+        } else {
+            qunsetenv("PONDAR_READER");
+        }
+    }
 
     if (parser.isSet(trayOption)) {
         CardTray tray(QDir(parser.value(trayOption)).absolutePath());

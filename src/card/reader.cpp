@@ -65,11 +65,13 @@ std::shared_ptr<ReaderLibrary> makeReaderLibrary() {
     const QString choice = qEnvironmentVariable("PONDAR_READER");
     if (choice.startsWith(u"sim:"_s) && choice.size() > 4)
         return makeSimulatedReader(choice.mid(4));
+    if (choice == u"pcsc"_s || choice.startsWith(u"pcsc:"_s))
+        return makePcscReader(choice.mid(5));
     if (choice.isEmpty()) {
 #ifdef _WIN32
         return makeVendorReader();
 #else
-        return makeAbsentReader();
+        return makePcscReader();
 #endif
     }
     if (choice != u"none"_s)

@@ -56,10 +56,17 @@ public:
 // The library's text for a status, ending in its code; empty for a code it does not know.
 QString statusText(int16 status);
 
-// The library chosen by PONDAR_READER: "sim:DIR" is the simulated reader on folder DIR, "none"
-// a reader that is never there; unset gives the platform's own (the vendor DLL on Windows; no
-// reader elsewhere until a PC/SC back end exists).
+// The library chosen by PONDAR_READER: "sim:DIR" is the simulated reader on folder DIR, "pcsc"
+// the first PC/SC reader and "pcsc:NAME" the first whose name contains NAME, "none" a reader
+// that is never there; unset gives the platform's own (the vendor DLL on Windows, PC/SC
+// elsewhere).
 std::shared_ptr<ReaderLibrary> makeReaderLibrary();
+
+// The reader library over PC/SC. Library port N is the N-th reader whose name contains
+// nameFilter (any reader when it is empty). Tag type and serial come from the card's ATR and
+// its UID; logins load the key into the reader and authenticate; every operation on the card
+// runs in a PC/SC transaction and waits on nothing without a bound.
+std::shared_ptr<ReaderLibrary> makePcscReader(const QString& nameFilter = {});
 
 // A library with no reader behind it: Open fails with InvalidPort.
 std::shared_ptr<ReaderLibrary> makeAbsentReader();

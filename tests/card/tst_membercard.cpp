@@ -1,4 +1,4 @@
-#include "card/cardsim.h"
+#include "card/cardbench.h"
 #include "card/membercard.h"
 
 #include <pondar/error.h>
@@ -32,8 +32,14 @@ class TestMemberCard final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() {
+        if (const QString why = test::CardBench::unavailable(); !why.isEmpty())
+            QSKIP(qPrintable(why));
+    }
+    void cleanupTestCase() { test::CardBench::finish(); }
+
     void readsAnIssuedCard() {
-        test::CardSim sim;
+        test::CardBench sim;
         sim.put({0x1A, 0x2B, 0x3C, 0x4D});
         SessionSettings s;
         sim.attach(s);
@@ -53,7 +59,7 @@ private Q_SLOTS:
     }
 
     void readFailuresStopAtTheirStep() {
-        test::CardSim sim;
+        test::CardBench sim;
         SessionSettings s;
         sim.attach(s);
         test::RecordingPrompts prompts;
@@ -82,7 +88,7 @@ private Q_SLOTS:
 
     // A copied record carries the serial of the card it came from.
     void copiedCardFailsTheCheck() {
-        test::CardSim sim;
+        test::CardBench sim;
         SessionSettings s;
         sim.attach(s);
         sim.put({0x11, 0x22, 0x33, 0x44});
@@ -129,7 +135,7 @@ private Q_SLOTS:
     }
 
     void fieldLimits() {
-        test::CardSim sim;
+        test::CardBench sim;
         SessionSettings s;
         sim.attach(s);
         sim.put({1, 2, 3, 4});
@@ -159,7 +165,7 @@ private Q_SLOTS:
     }
 
     void confirmAndWriteValue() {
-        test::CardSim sim;
+        test::CardBench sim;
         SessionSettings s;
         sim.attach(s);
         sim.put({1, 2, 3, 4});

@@ -1,0 +1,270 @@
+#include "card/vpcdcard.h"
+
+#include <QElapsedTimer>
+#include <QStringBuilder>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace pondar::test {
+
+namespace {
+
+constexpr int BlockSize = 16;
+constexpr int Blocks = 64;
+
+QByteArray sw(quint16 word) {
+    return QByteArray(1, char(word >> 8)) + char(word & 0xFF);
+}
+
+bool receiveAll(int fd, char* data, int size) {
+    while (size > 0) {
+        // vpcd sends a message's length and its payload apart; acknowledging at once keeps
+        // Nagle's algorithm on its side from holding the payload back for a delayed ACK.
+        const int one = 1;
+        ::setsockopt(fd, IPPROTO_TCP, TCP_QUICKACK, &one, sizeof one);
+        const ssize_t n = ::recv(fd, data, size_t(size), 0);
+        if (n <= 0)
+            return false;
+        data += n;
+        size -= int(n);
+    }
+    return true;
+}
+
+bool sendAll(int fd, const QByteArray& bytes) {
+    const char* data = bytes.constData();
+    qsizetype left = bytes.size();
+    while (left > 0) {
+        const ssize_t n = ::send(fd, data, size_t(left), MSG_NOSIGNAL);
+        if (n <= 0)
+            return false;
+        data += n;
+        left -= n;
+    }
+    return true;
+}
+
+} // namespace
+
+QByteArray VpcdCard::atr(int tagType) {
+    const char name = tagType == 3 ? 0x02 : tagType == 5 ? 0x03 : 0x01;
+    QByteArray atr =
+        QByteArray::fromHex("3B8F8001804F0CA0000003060300") + name + QByteArray(4, '\0');
+    char check = 0;
+    for (qsizetype i = 1; i < atr.size(); ++i)
+        check ^= atr[i];
+    return atr + check;
+}
+
+VpcdCard::VpcdCard(quint16 port, const QByteArray& image, int tagType)
+    : m_tagType(tagType)
+    , m_image(image) {
+    // vpcd may not listen yet right after its daemon started.
+    QElapsedTimer waited;
+    waited.start();
+    while (waited.elapsed() < 5000) {
+        const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (fd >= 0 && ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+            const int one = 1;
+            ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+            m_fd = fd;
+            break;
+        }
+        if (fd >= 0)
+            ::close(fd);
+        ::usleep(50 * 1000);
+    }
+    if (m_fd >= 0)
+        m_thread = std::thread([this] { serve(); });
+}
+
+VpcdCard::~VpcdCard() {
+    m_stop = true;
+    if (m_fd >= 0)
+        ::shutdown(m_fd, SHUT_RDWR);
+    if (m_thread.joinable())
+        m_thread.join();
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+QByteArray VpcdCard::image() const {
+    std::lock_guard lock(m_mutex);
+    return m_image;
+}
+
+void VpcdCard::setLocked(bool locked) {
+    std::lock_guard lock(m_mutex);
+    m_locked = locked;
+}
+
+void VpcdCard::setDialect(bool refusesSlot0, bool olderAuthenticateOnly) {
+    std::lock_guard lock(m_mutex);
+    m_refusesSlot0 = refusesSlot0;
+    m_olderOnly = olderAuthenticateOnly;
+}
+
+void VpcdCard::answerNext(quint8 ins, const QByteArray& raw) {
+    std::lock_guard lock(m_mutex);
+    m_answers[ins] = raw;
+}
+
+void VpcdCard::vanishOn(quint8 ins) {
+    std::lock_guard lock(m_mutex);
+    m_vanishOn = ins;
+}
+
+void VpcdCard::setLosesWrites(bool loses) {
+    std::lock_guard lock(m_mutex);
+    m_losesWrites = loses;
+}
+
+int VpcdCard::count(quint8 ins) const {
+    std::lock_guard lock(m_mutex);
+    const auto it = m_counts.find(ins);
+    return it == m_counts.end() ? 0 : it->second;
+}
+
+void VpcdCard::serve() {
+    while (!m_stop) {
+        pollfd p{m_fd, POLLIN, 0};
+        const int ready = ::poll(&p, 1, 100);
+        if (ready == 0)
+            continue;
+        if (ready < 0)
+            return;
+        char head[2];
+        if (!receiveAll(m_fd, head, 2))
+            return;
+        const int length = (quint8(head[0]) << 8) | quint8(head[1]);
+        QByteArray message(length, '\0');
+        if (!receiveAll(m_fd, message.data(), length))
+            return;
+        bool vanish = false;
+        const QByteArray reply = answer(message, vanish);
+        if (vanish) {
+            // Taken away mid-command: vpcd sees the connection close.
+            ::shutdown(m_fd, SHUT_RDWR);
+            return;
+        }
+        if (reply.isEmpty())
+            continue;
+        const QByteArray framed =
+            QByteArray(1, char(reply.size() >> 8)) + char(reply.size() & 0xFF) + reply;
+        if (!sendAll(m_fd, framed))
+            return;
+    }
+}
+
+QByteArray VpcdCard::answer(const QByteArray& message, bool& vanish) {
+    std::lock_guard lock(m_mutex);
+    if (message.size() == 1) {
+        switch (quint8(message[0])) {
+        case 0x00: // power off
+        case 0x01: // power on
+        case 0x02: // reset
+            m_halted = false;
+            m_loggedSector = -1;
+            return {};
+        case 0x04:
+            return atr(m_tagType);
+        default:
+            return {};
+        }
+    }
+    return apdu(message, vanish);
+}
+
+QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
+    if (c.size() < 4)
+        return sw(0x6700);
+    if (quint8(c[0]) != 0xFF)
+        return sw(0x6E00);
+    const quint8 ins = quint8(c[1]);
+    ++m_counts[ins];
+    if (m_vanishOn == ins) {
+        vanish = true;
+        return {};
+    }
+    if (const auto it = m_answers.find(ins); it != m_answers.end()) {
+        const QByteArray raw = it->second;
+        m_answers.erase(it);
+        return raw;
+    }
+    const quint8 p1 = quint8(c[2]);
+    const quint8 p2 = quint8(c[3]);
+    const int uidLength = m_tagType == 5 ? 7 : 4;
+    switch (ins) {
+    case 0xCA: // Get Data: the UID
+        return p1 == 0 ? QByteArray(m_image.left(uidLength) + sw(0x9000)) : sw(0x6A81);
+    case 0x82: // Load Key into a reader slot
+        if (c.size() != 11 || quint8(c[4]) != 6)
+            return sw(0x6700);
+        if (m_refusesSlot0 && p2 == 0)
+            return sw(0x6986);
+        m_keys[p2] = c.mid(5, 6);
+        return sw(0x9000);
+    case 0x86: // General Authenticate: 01 00 block keytype slot
+        if (m_olderOnly)
+            return sw(0x6D00);
+        if (c.size() != 10 || quint8(c[4]) != 5 || c[5] != 0x01)
+            return sw(0x6700);
+        return authenticate(quint8(c[7]), quint8(c[8]), quint8(c[9]));
+    case 0x88: // the older Authenticate: P2 block, then keytype and slot
+        if (c.size() != 6)
+            return sw(0x6700);
+        return authenticate(p2, quint8(c[4]), quint8(c[5]));
+    case 0xB0: { // Read Binary
+        if (m_halted)
+            return sw(0x6300);
+        if (p2 >= Blocks)
+            return sw(0x6A82);
+        if (m_loggedSector != p2 / 4)
+            return sw(0x6982);
+        return m_image.mid(p2 * BlockSize, BlockSize) + sw(0x9000);
+    }
+    case 0xD6: { // Update Binary
+        if (c.size() != 5 + BlockSize || quint8(c[4]) != BlockSize)
+            return sw(0x6700);
+        if (m_halted)
+            return sw(0x6300);
+        if (p2 >= Blocks)
+            return sw(0x6A82);
+        if (m_loggedSector != p2 / 4)
+            return sw(0x6982);
+        if (p2 == 0 || m_locked)
+            return sw(0x6986);
+        if (!m_losesWrites)
+            m_image.replace(p2 * BlockSize, BlockSize, c.mid(5, BlockSize));
+        return sw(0x9000);
+    }
+    default:
+        return sw(0x6D00);
+    }
+}
+
+QByteArray VpcdCard::authenticate(int block, quint8 keyType, quint8 slot) {
+    if (m_halted)
+        return sw(0x6300);
+    if (block >= Blocks || (keyType != 0x60 && keyType != 0x61) || !m_keys.count(slot))
+        return sw(0x6986);
+    const int trailer = (block / 4 * 4 + 3) * BlockSize + (keyType == 0x60 ? 0 : 10);
+    if (m_image.mid(trailer, 6) != m_keys[slot]) {
+        m_halted = true;
+        m_loggedSector = -1;
+        return sw(0x6300);
+    }
+    m_loggedSector = block / 4;
+    return sw(0x9000);
+}
+
+} // namespace pondar::test
