@@ -3,7 +3,6 @@
 
 #include <pondar/error.h>
 
-#include <QFile>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -26,6 +25,17 @@ QByteArray padded(const QByteArray& text) {
     return text + QByteArray(16 - text.size(), '\0');
 }
 
+// The bench's reader, a session on it and the card record over both.
+struct OnReader {
+    test::CardBench bench;
+    SessionSettings s;
+    test::RecordingPrompts prompts;
+    MemberCard card{s, prompts};
+    CardData data;
+
+    OnReader() { bench.attach(s); }
+};
+
 } // namespace
 
 class TestMemberCard final : public QObject {
@@ -39,160 +49,119 @@ private Q_SLOTS:
     void cleanupTestCase() { test::CardBench::finish(); }
 
     void readsAnIssuedCard() {
-        test::CardBench sim;
-        sim.put({0x1A, 0x2B, 0x3C, 0x4D});
-        SessionSettings s;
-        sim.attach(s);
-        issue(s, u"000001"_s, u"TAN AH KOW"_s, u"150.5"_s);
-        QCOMPARE(sim.block(41), padded("000001"));
-        QCOMPARE(sim.block(36), padded("150.5"));
-        QCOMPARE(sim.block(40).indexOf('\0'), 14); // "V1A2B3C4DS" scrambled
+        OnReader r;
+        r.bench.put({0x1A, 0x2B, 0x3C, 0x4D});
+        issue(r.s, u"000001"_s, u"TAN AH KOW"_s, u"150.5"_s);
+        QCOMPARE(r.bench.block(41), padded("000001"));
+        QCOMPARE(r.bench.block(36), padded("150.5"));
+        QCOMPARE(r.bench.block(40).indexOf('\0'), 14); // "V1A2B3C4DS" scrambled
 
-        test::RecordingPrompts prompts;
-        MemberCard card(s, prompts);
-        CardData data;
-        QCOMPARE(card.read(data), ReadResult::Ok);
-        QCOMPARE(data.code, u"000001"_s);
-        QCOMPARE(data.name, u"TAN AH KOW"_s);
-        QCOMPARE(data.balance.toShortString(), u"150.5"_s);
-        QVERIFY(prompts.errors.isEmpty());
+        QCOMPARE(r.card.read(r.data), ReadResult::Ok);
+        QCOMPARE(r.data.code, u"000001"_s);
+        QCOMPARE(r.data.name, u"TAN AH KOW"_s);
+        QCOMPARE(r.data.balance.toShortString(), u"150.5"_s);
+        QVERIFY(r.prompts.errors.isEmpty());
     }
 
+    // Each failure stops the read at its step. A copied record carries the serial of the card
+    // it came from.
     void readFailuresStopAtTheirStep() {
-        test::CardBench sim;
-        SessionSettings s;
-        sim.attach(s);
-        test::RecordingPrompts prompts;
-        MemberCard card(s, prompts);
-        CardData data;
-        QCOMPARE(card.read(data), ReadResult::DeviceFailed);
+        OnReader r;
+        QCOMPARE(r.card.read(r.data), ReadResult::DeviceFailed);
         QCOMPARE(readFailureMessage(ReadResult::DeviceFailed),
                  u"Error Reading Device !!! Please unplug again your USB Cable "_s);
 
-        sim.put({1, 2, 3, 4}); // blank: no record at all
-        QCOMPARE(card.read(data), ReadResult::NotOwnSerial);
+        r.bench.put({0x55, 0x66, 0x77, 0x88}); // blank: no record at all
+        QCOMPARE(r.card.read(r.data), ReadResult::NotOwnSerial);
+        const QByteArray blank = r.bench.image();
 
-        issue(s, u"000002"_s, u"SITI"_s, u"20"_s);
-        QByteArray image = sim.image();
-        image.replace(39 * 16, 6, QByteArray(6, '\x11')); // sector 9 keyed differently
-        sim.put(image);
-        QCOMPARE(card.read(data), ReadResult::ValueSectorFailed);
-        QCOMPARE(data.code, u"000002"_s); // what was read before the failure stays
+        r.bench.put({0x11, 0x22, 0x33, 0x44});
+        issue(r.s, u"000002"_s, u"SITI"_s, u"20"_s);
+        const QByteArray original = r.bench.image();
+        QByteArray copy = blank;
+        copy.replace(36 * 16, 8 * 16, original.mid(36 * 16, 8 * 16));
+        r.bench.put(copy);
+        QCOMPARE(r.card.read(r.data), ReadResult::NotOwnSerial);
+        QCOMPARE(readFailureMessage(ReadResult::NotOwnSerial), u"Error Reading Device !!!"_s);
+        QVERIFY(r.data.code.isEmpty());
+
+        QByteArray rekeyed = original;
+        rekeyed.replace(39 * 16, 6, QByteArray(6, '\x11')); // sector 9 keyed differently
+        r.bench.put(rekeyed);
+        QCOMPARE(r.card.read(r.data), ReadResult::ValueSectorFailed);
+        QCOMPARE(r.data.code, u"000002"_s); // what was read before the failure stays
         QCOMPARE(readFailureMessage(ReadResult::ValueSectorFailed), u"Error Open Device !!!"_s);
 
+        r.bench.put(original);
+        QCOMPARE(r.card.read(r.data), ReadResult::Ok);
         // A garbled balance must stop the read, or a top-up would write over it.
-        sim.put({1, 2, 3, 4});
-        issue(s, u"000004"_s, u"LIM"_s, u"12x"_s);
-        QCOMPARE(card.read(data), ReadResult::BadBalance);
+        issue(r.s, u"000004"_s, u"LIM"_s, u"12x"_s);
+        QCOMPARE(r.card.read(r.data), ReadResult::BadBalance);
     }
 
-    // A copied record carries the serial of the card it came from.
-    void copiedCardFailsTheCheck() {
-        test::CardBench sim;
-        SessionSettings s;
-        sim.attach(s);
-        sim.put({0x11, 0x22, 0x33, 0x44});
-        issue(s, u"000003"_s, u"RAJESH"_s, u"99"_s);
-        const QByteArray original = sim.image();
-
-        QByteArray copy = blankCardImage({0x55, 0x66, 0x77, 0x88});
-        copy.replace(36 * 16, 8 * 16, original.mid(36 * 16, 8 * 16));
-        sim.put(copy);
-        test::RecordingPrompts prompts;
-        MemberCard card(s, prompts);
-        CardData data;
-        QCOMPARE(card.read(data), ReadResult::NotOwnSerial);
-        QCOMPARE(readFailureMessage(ReadResult::NotOwnSerial), u"Error Reading Device !!!"_s);
-        QVERIFY(data.code.isEmpty());
-
-        sim.put(original);
-        QCOMPARE(card.read(data), ReadResult::Ok);
-    }
-
-    void balanceBlocks_data() {
-        QTest::addColumn<QByteArray>("block");
-        QTest::addColumn<bool>("readable");
-        QTest::addColumn<QString>("balance");
-        QTest::newRow("decimal") << padded("150.5") << true << u"150.5"_s;
-        QTest::newRow("negative") << padded("-20.25") << true << u"-20.25"_s;
-        QTest::newRow("never written") << QByteArray(16, '\0') << true << u"0"_s;
-        QTest::newRow("trailing letters") << padded("12x") << false << QString();
-        QTest::newRow("garbage after padding")
-            << QByteArray("5\0\0\0\0\0\0\0\0\0\0\0\0\0\0x", 16) << false << QString();
-        QTest::newRow("out of range") << QByteArray("9999999999999999") << false << QString();
-        QTest::newRow("garbled") << QByteArray("\xff\x01\x80"
-                                               "abcdefghijklm")
-                                 << false << QString();
-    }
+    // A plain decimal, zero padded, or nothing at all (a balance of 0).
     void balanceBlocks() {
-        QFETCH(QByteArray, block);
-        QFETCH(bool, readable);
-        QFETCH(QString, balance);
-        Currency value = Currency::fromUnits(7);
-        QCOMPARE(parseBalance(block, value), readable);
-        if (readable)
-            QCOMPARE(value.toShortString(), balance);
+        Currency value;
+        QVERIFY(parseBalance(padded("-20.25"), value));
+        QCOMPARE(value.toShortString(), u"-20.25"_s);
+        QVERIFY(parseBalance(QByteArray(16, '\0'), value));
+        QCOMPARE(value.toShortString(), u"0"_s);
+        for (const QByteArray& bad :
+             {QByteArray("5\0\0\0\0\0\0\0\0\0\0\0\0\0\0x", 16), QByteArray("9999999999999999")})
+            QVERIFY2(!parseBalance(bad, value), bad.toHex().constData());
     }
 
     void fieldLimits() {
-        test::CardBench sim;
-        SessionSettings s;
-        sim.attach(s);
-        sim.put({1, 2, 3, 4});
-        test::RecordingPrompts prompts;
-        MemberCard card(s, prompts);
-        QVERIFY(card.openSelectLogin(MemberSector));
-        QVERIFY(card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOP"_s));
-        QCOMPARE(card.readField(MemberSector, 2), u"ABCDEFGHIJKLMNOP"_s);
+        OnReader r;
+        r.bench.put({1, 2, 3, 4});
+        QVERIFY(r.card.openSelectLogin(MemberSector));
+        QVERIFY(r.card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOP"_s));
+        QCOMPARE(r.card.readField(MemberSector, 2), u"ABCDEFGHIJKLMNOP"_s);
 
-        const QByteArray before = sim.image();
+        const QByteArray before = r.bench.image();
+        QVERIFY_THROWS_EXCEPTION(
+            pondar::Error, r.card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOPQ"_s));
         QVERIFY_THROWS_EXCEPTION(pondar::Error,
-                                 card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOPQ"_s));
-        QVERIFY_THROWS_EXCEPTION(pondar::Error,
-                                 card.writeField(MemberSector, u"BLACKLISTED"_s, u"Y"_s));
-        QCOMPARE(sim.image(), before);
+                                 r.card.writeField(MemberSector, u"BLACKLISTED"_s, u"Y"_s));
+        QCOMPARE(r.bench.image(), before);
 
         // Card issue cuts a long register name to what the block holds.
-        QVERIFY(card.writeName(u"FARAH HANIM BINTI AZMAN"_s));
-        QCOMPARE(card.readField(MemberSector, 2), u"FARAH HANIM BINT"_s);
+        QVERIFY(r.card.writeName(u"FARAH HANIM BINTI AZMAN"_s));
+        QCOMPARE(r.card.readField(MemberSector, 2), u"FARAH HANIM BINT"_s);
         // A name the card record does not know reuses the block of the last write.
-        QVERIFY(card.writeField(MemberSector, u"OTHER"_s, u"X"_s));
-        QCOMPARE(sim.block(42), padded("X"));
+        QVERIFY(r.card.writeField(MemberSector, u"OTHER"_s, u"X"_s));
+        QCOMPARE(r.bench.block(42), padded("X"));
         // Windows-1252 on the card.
-        QVERIFY(card.writeCode(u"CAF\u00c9\u20ac"_s));
-        QCOMPARE(sim.block(41), padded("CAF\xc9\x80"));
-        QCOMPARE(card.readField(MemberSector, 1), u"CAF\u00c9\u20ac"_s);
+        QVERIFY(r.card.writeCode(u"CAF\u00c9\u20ac"_s));
+        QCOMPARE(r.bench.block(41), padded("CAF\xc9\x80"));
+        QCOMPARE(r.card.readField(MemberSector, 1), u"CAF\u00c9\u20ac"_s);
     }
 
     void confirmAndWriteValue() {
-        test::CardBench sim;
-        SessionSettings s;
-        sim.attach(s);
-        sim.put({1, 2, 3, 4});
-        issue(s, u"000005"_s, u"FAIZ"_s, u"50"_s);
-        const QByteArray before = sim.image();
+        OnReader r;
+        r.bench.put({1, 2, 3, 4});
+        issue(r.s, u"000005"_s, u"FAIZ"_s, u"50"_s);
+        const QByteArray before = r.bench.image();
 
-        test::RecordingPrompts prompts;
-        MemberCard card(s, prompts);
-        prompts.answers = {false};
-        QVERIFY(!card.confirmAndWriteValue(u"OUT"_s, Currency::parse(u"10"_s),
-                                           Currency::parse(u"40"_s)));
-        QCOMPARE(prompts.asked,
+        r.prompts.answers = {false};
+        QVERIFY(!r.card.confirmAndWriteValue(u"OUT"_s, Currency::parse(u"10"_s),
+                                             Currency::parse(u"40"_s)));
+        QCOMPARE(r.prompts.asked,
                  QStringList{u"Confirm to withdraw out value : 10.00 from Card ?"_s});
-        QCOMPARE(s.ConfirmQuestion, prompts.asked.last());
-        QCOMPARE(sim.image(), before);
+        QCOMPARE(r.s.ConfirmQuestion, r.prompts.asked.last());
+        QCOMPARE(r.bench.image(), before);
 
-        QVERIFY(card.confirmAndWriteValue(u"IN"_s, Currency::parse(u"1184.5"_s),
-                                          Currency::parse(u"1234.50"_s)));
-        QCOMPARE(prompts.asked.last(), u"Confirm to Add in value : 1184.50 to Card ?"_s);
-        QCOMPARE(sim.block(36), padded("1234.5"));
+        QVERIFY(r.card.confirmAndWriteValue(u"IN"_s, Currency::parse(u"1184.5"_s),
+                                            Currency::parse(u"1234.50"_s)));
+        QCOMPARE(r.prompts.asked.last(), u"Confirm to Add in value : 1184.50 to Card ?"_s);
+        QCOMPARE(r.bench.block(36), padded("1234.5"));
 
-        QVERIFY(card.confirmAndWriteValue(u"AOT"_s, Currency::parse(u"0.004"_s), Currency()));
-        QCOMPARE(prompts.asked.last(), u"Confirm to withdraw out value : 0.00 from Card ?"_s);
-        QCOMPARE(sim.block(36), padded("0"));
+        QVERIFY(r.card.confirmAndWriteValue(u"AOT"_s, Currency::parse(u"0.004"_s), Currency()));
+        QCOMPARE(r.prompts.asked.last(), u"Confirm to withdraw out value : 0.00 from Card ?"_s);
+        QCOMPARE(r.bench.block(36), padded("0"));
 
-        sim.takeAway();
-        QVERIFY(!card.confirmAndWriteValue(u"AIN"_s, Currency(), Currency()));
+        r.bench.takeAway();
+        QVERIFY(!r.card.confirmAndWriteValue(u"AIN"_s, Currency(), Currency()));
     }
 };
 

@@ -88,17 +88,13 @@ private Q_SLOTS:
         QCOMPARE(lib.Read(h, 37, data), status::Ok);
         QCOMPARE(QByteArray(reinterpret_cast<char*>(data), 16), bench.block(37));
         QCOMPARE(bench.block(37).left(6), QByteArray("1234.5"));
-
         QCOMPARE(ready(lib, h, 9, WrongKey), status::InvalidKeyFormat);
-        QCOMPARE(lib.Read(h, 37, data), status::NoTag); // halted until selected again
-        QCOMPARE(ready(lib, h, 9), status::Ok);
     }
 
     void badAnswers_data() {
         QTest::addColumn<quint8>("ins");
         QTest::addColumn<QByteArray>("answer");
         QTest::newRow("read: short data") << ReadBinary << QByteArray::fromHex("3132333435 9000");
-        QTest::newRow("read: one byte") << ReadBinary << QByteArray::fromHex("90");
         QTest::newRow("read: status only") << ReadBinary << QByteArray::fromHex("9000");
         QTest::newRow("read: data, then failure")
             << ReadBinary << QByteArray(16, 'x') + QByteArray::fromHex("6300");
@@ -131,7 +127,8 @@ private Q_SLOTS:
     }
 
     // Pulled as the write arrives: nothing written, nothing retried. Pulled once the card has
-    // acknowledged it: the write stands, though it cannot be read back.
+    // acknowledged it: the write stands, though it cannot be read back. A write the read-back
+    // shows did not stick is reported, not retried.
     void cardPulledDuringAWrite() {
         test::CardBench bench;
         bench.put({1, 2, 3, 4});
@@ -153,13 +150,8 @@ private Q_SLOTS:
         QCOMPARE(lib.Write(h, 36, Data), status::Ok);
         QCOMPARE(bench.card()->count(UpdateBinary), 1);
         QCOMPARE(bench.block(36), QByteArray(reinterpret_cast<const char*>(Data), 16));
-    }
 
-    void writeThatDidNotStickIsReportedOnce() {
-        test::CardBench bench;
-        bench.put({1, 2, 3, 4});
-        ReaderLibrary& lib = *bench.reader;
-        int16 h = 0;
+        bench.put(before);
         QCOMPARE(ready(lib, h, 9), status::Ok);
         bench.card()->setLosesWrites(true);
         QCOMPARE(lib.Write(h, 36, Data), status::ReadAfterWriteFailed);

@@ -3,7 +3,6 @@
 
 #include <pondar/error.h>
 
-#include <QFile>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -15,15 +14,20 @@ namespace {
 const uint8 TransportKey[6] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
 const uint8 Data[16] = {'P', 'O', 'N', 'D', 'A', 'R', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x7F};
 
-// Opens, selects and logs in to a sector directly on the library; returns the handle.
-int16 ready(ReaderLibrary& lib, uint8 sector) {
-    const int16 h = lib.Open(0);
-    uint8 type = 0, length = 0, serial[10];
-    if (h < 0 || lib.Select(h, type, length, serial) != 0 ||
-        lib.Login(h, sector, KeyTypeA, 0, TransportKey) != 0)
-        qWarning("card not ready");
-    return h;
-}
+// A card on the bench's reader and a session that reaches it as StartApp leaves one.
+struct OnReader {
+    test::CardBench bench;
+    SessionSettings s;
+    test::RecordingPrompts prompts;
+    ReaderAccess access{s, prompts};
+
+    explicit OnReader(const QByteArray& image, int type = TagMifare1K) {
+        if (type != TagMifare1K)
+            bench.setType(type);
+        bench.put(image);
+        bench.attach(s);
+    }
+};
 
 } // namespace
 
@@ -37,26 +41,10 @@ private Q_SLOTS:
     }
     void cleanupTestCase() { test::CardBench::finish(); }
 
-    void portTexts_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("port");
-        for (const auto& [t, p] : {std::pair{"0", 0},
-                                   {"1", 0},
-                                   {"2", 1},
-                                   {"3", 2},
-                                   {"4", 3},
-                                   {"5", 4},
-                                   {"6", 0},
-                                   {"7", 0},
-                                   {"", 0},
-                                   {"x", 0},
-                                   {" 2", 0}})
-            QTest::newRow(t) << QString::fromLatin1(t) << p;
-    }
     void portTexts() {
-        QFETCH(QString, text);
-        QFETCH(int, port);
-        QCOMPARE(int(libraryPort(text)), port);
+        for (const auto& [text, port] :
+             {std::pair{"0", 0}, {"1", 0}, {"2", 1}, {"5", 4}, {"7", 0}, {" 2", 0}})
+            QCOMPARE(int(libraryPort(QString::fromLatin1(text))), port);
     }
 
     void serialTexts_data() {
@@ -77,27 +65,12 @@ private Q_SLOTS:
         QFETCH(QString, serial);
         if (type == 4 && test::CardBench::overPcsc())
             QSKIP("no PC/SC storage card reports this tag type");
-        test::CardBench sim;
         QByteArray image = blankCardImage({0, 0, 0, 0});
         image.replace(0, uid.size(), uid);
-        sim.setType(type);
-        sim.put(image);
-        SessionSettings s;
-        sim.attach(s);
-        test::RecordingPrompts prompts;
-        QVERIFY(ReaderAccess(s, prompts).openSelectLogin(1, 10));
-        QCOMPARE(s.CardSerial, serial);
-        QCOMPARE(s.LoggedSector, std::uint16_t(10));
-    }
-
-    void blankImageHasCheckByteAndTransportKeys() {
-        const QByteArray image = blankCardImage({0x12, 0x34, 0x56, 0x78});
-        QCOMPARE(image.size(), 1024);
-        QCOMPARE(quint8(image[4]), quint8(0x12 ^ 0x34 ^ 0x56 ^ 0x78));
-        const QByteArray trailer = QByteArray::fromHex("FFFFFFFFFFFFFF078069FFFFFFFFFFFF");
-        for (int sector = 0; sector < 16; ++sector)
-            QCOMPARE(image.mid((sector * 4 + 3) * 16, 16), trailer);
-        QVERIFY(blankCardImage().left(4) != blankCardImage().left(4));
+        OnReader r(image, type);
+        QVERIFY(r.access.openSelectLogin(1, 10));
+        QCOMPARE(r.s.CardSerial, serial);
+        QCOMPARE(r.s.LoggedSector, std::uint16_t(10));
     }
 
     // Each failure of the card, on the library itself.
@@ -110,6 +83,7 @@ private Q_SLOTS:
         const int16 h = lib.Open(0);
         QCOMPARE(lib.Select(h, type, length, serial), status::NoTag);
         sim.put({1, 2, 3, 4});
+        const QByteArray before = sim.image();
         QCOMPARE(lib.Select(h, type, length, serial), status::Ok);
         QCOMPARE(int(length), 4);
         QCOMPARE(lib.Read(h, 41, data), status::OperationFailed); // no login yet
@@ -125,50 +99,38 @@ private Q_SLOTS:
         QCOMPARE(lib.Select(h, type, length, serial), status::Ok);
         QCOMPARE(lib.Read(h, 41, data), status::OperationFailed); // a select ends the login
 
-        QCOMPARE(lib.Close(h), status::Ok);
-        QCOMPARE(lib.Read(h, 41, data), status::InvalidHandle);
-    }
-
-    void libraryWrites() {
-        test::CardBench sim;
-        sim.put({1, 2, 3, 4});
-        const QByteArray before = sim.image();
-        ReaderLibrary& lib = *sim.reader;
-        const int16 h = ready(lib, 0);
+        // Block 0 is read-only, the others take the data; a locked card takes nothing.
+        QCOMPARE(lib.Login(h, 0, KeyTypeA, 0, TransportKey), status::Ok);
         QCOMPARE(lib.Write(h, 0, Data), status::OperationFailed);
         QCOMPARE(sim.image(), before);
         QCOMPARE(lib.Write(h, 1, Data), status::Ok);
         QCOMPARE(sim.block(1), QByteArray(reinterpret_cast<const char*>(Data), 16));
-
         sim.lock();
         const QByteArray locked = sim.image();
         QCOMPARE(lib.Write(h, 2, Data), status::OperationFailed);
         QCOMPARE(sim.image(), locked);
-        uint8 data[16];
         QCOMPARE(lib.Read(h, 1, data), status::Ok);
+
+        QCOMPARE(lib.Close(h), status::Ok);
+        QCOMPARE(lib.Read(h, 1, data), status::InvalidHandle);
     }
 
     void cardTakenAwayOrSwappedBetweenCalls() {
-        test::CardBench sim;
-        sim.put({1, 2, 3, 4});
-        SessionSettings s;
-        sim.attach(s);
-        test::RecordingPrompts prompts;
-        ReaderAccess access(s, prompts);
-        QVERIFY(access.openSelectLogin(1, 10));
-        QCOMPARE(access.readBlock(10, u"3"_s).size(), 16);
+        OnReader r(blankCardImage({1, 2, 3, 4}));
+        QVERIFY(r.access.openSelectLogin(1, 10));
+        QCOMPARE(r.access.readBlock(10, u"3"_s).size(), 16);
 
-        sim.takeAway();
-        QCOMPARE(access.readBlock(10, u"1"_s), QByteArray());
-        QCOMPARE(s.ReaderStatus, status::NoTag);
-        QCOMPARE(prompts.errors, QStringList{u"Pondar: Error"_s});
+        r.bench.takeAway();
+        QCOMPARE(r.access.readBlock(10, u"1"_s), QByteArray());
+        QCOMPARE(r.s.ReaderStatus, status::NoTag);
+        QCOMPARE(r.prompts.errors, QStringList{u"Pondar: Error"_s});
 
-        QVERIFY(access.openSelectLogin(1, 10) == false);
-        sim.put({1, 2, 3, 4});
-        QVERIFY(access.openSelectLogin(1, 10));
-        sim.put({9, 9, 9, 9}); // another card, same key, never selected
-        QVERIFY(!access.writeBlock(10, 1, QByteArray(16, 'x')));
-        QCOMPARE(s.ReaderStatus, status::NoTag);
+        QVERIFY(!r.access.openSelectLogin(1, 10));
+        r.bench.put({1, 2, 3, 4});
+        QVERIFY(r.access.openSelectLogin(1, 10));
+        r.bench.put({9, 9, 9, 9}); // another card, same key, never selected
+        QVERIFY(!r.access.writeBlock(10, 1, QByteArray(16, 'x')));
+        QCOMPARE(r.s.ReaderStatus, status::NoTag);
     }
 
     // A screen that reads the card over and over holds one handle at a time.
@@ -197,48 +159,31 @@ private Q_SLOTS:
                 return inner->Write(h, b, d);
             }
         };
-        test::CardSim sim;
-        sim.put({1, 2, 3, 4});
+        OnReader r(blankCardImage({1, 2, 3, 4}));
         auto counting = std::make_shared<Counting>();
-        counting->inner = sim.reader;
-        SessionSettings s;
-        s.Reader = counting;
-        test::RecordingPrompts prompts;
-        ReaderAccess access(s, prompts);
+        counting->inner = r.bench.reader;
+        r.s.Reader = counting;
         for (int sector : {10, 9, 10})
-            QVERIFY(access.openSelectLogin(1, sector));
+            QVERIFY(r.access.openSelectLogin(1, sector));
         QCOMPARE(counting->open, 1);
-        access.close();
-        access.close();
+        r.access.close();
+        r.access.close();
         QCOMPARE(counting->open, 0);
     }
 
-    void loginUsesFirstTwoDigitsOfTheKeyText() {
-        test::CardBench sim;
+    // The key is the first two digits of the key text, six times; a block text that is not a
+    // number is block 0.
+    void keyTextAndBlockNumbers() {
         QByteArray image = blankCardImage({1, 2, 3, 4});
         image.replace(43 * 16, 6, QByteArray(6, '\x3c'));
-        sim.put(image);
-        SessionSettings s;
-        sim.attach(s);
-        test::RecordingPrompts prompts;
-        ReaderAccess access(s, prompts);
-        QVERIFY(!access.openSelectLogin(1, 10));
-        QCOMPARE(s.ReaderStatus, status::InvalidKeyFormat);
-        s.DefFF = u"3C99"_s;
-        QVERIFY(access.openSelectLogin(1, 10));
-    }
-
-    void blockNumbers() {
-        test::CardBench sim;
-        sim.put({1, 2, 3, 4});
-        SessionSettings s;
-        sim.attach(s);
-        test::RecordingPrompts prompts;
-        ReaderAccess access(s, prompts);
-        QVERIFY(access.openSelectLogin(1, 10));
-        QCOMPARE(access.readBlock(10, u"x"_s), sim.block(40)); // not a number: block 0
-        QCOMPARE(access.readBlock(10, u"3"_s), sim.block(43));
-        QVERIFY_THROWS_EXCEPTION(pondar::Error, access.readBlock(64, u"0"_s));
+        OnReader r(image);
+        QVERIFY(!r.access.openSelectLogin(1, 10));
+        QCOMPARE(r.s.ReaderStatus, status::InvalidKeyFormat);
+        r.s.DefFF = u"3C99"_s;
+        QVERIFY(r.access.openSelectLogin(1, 10));
+        QCOMPARE(r.access.readBlock(10, u"x"_s), r.bench.block(40));
+        QCOMPARE(r.access.readBlock(10, u"2"_s), r.bench.block(42));
+        QVERIFY_THROWS_EXCEPTION(pondar::Error, r.access.readBlock(64, u"0"_s));
     }
 
     void environmentChoosesTheLibrary() {

@@ -38,16 +38,20 @@ class TestSimFolder final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    // Random serials with their check byte, transport keys and access bits in every trailer.
     void stocksBlankCardsOnlyIntoAnEmptyFolder() {
         QTemporaryDir dir;
         SimFolder folder(dir.filePath(u"cards"_s));
         folder.stock(3);
         const auto cards = folder.tray();
         QCOMPARE(cards.size(), 3);
+        const QByteArray trailer = QByteArray::fromHex("FFFFFFFFFFFFFF078069FFFFFFFFFFFF");
         for (const auto& card : cards) {
             const QByteArray image = fileBytes(dir.filePath(u"cards/"_s + card.file));
             QCOMPARE(image.size(), 1024);
             QCOMPARE(quint8(image[4]), quint8(image[0] ^ image[1] ^ image[2] ^ image[3]));
+            for (int sector = 0; sector < 16; ++sector)
+                QCOMPARE(image.mid((sector * 4 + 3) * 16, 16), trailer);
             QCOMPARE(card.file, u"card-"_s + card.uid + u".mfd"_s);
             QVERIFY(card.code.isEmpty());
         }

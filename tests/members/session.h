@@ -1,6 +1,8 @@
 #pragma once
 
+#include "shell/screens.h"
 #include "shell/session.h"
+#include "support/dialogs.h"
 #include "support/fixtures.h"
 
 #include <QDate>
@@ -33,6 +35,14 @@ inline std::function<void(QWidget*)> closingOnFailure(std::function<void(QWidget
         if (screen && screen->isVisible() && QTest::currentTestFailed())
             screen->close();
     };
+}
+
+// Opens the screen (objectName name) on the session and runs the step in it.
+inline void onScreen(Screen screen, const QString& name, SessionSettings& s,
+                     std::function<void(QWidget*)> step) {
+    OnModal modal(name, closingOnFailure(std::move(step)));
+    showScreen(screen, s);
+    QVERIFY(modal.ran());
 }
 
 } // namespace pondar::test

