@@ -19,6 +19,17 @@ inline void insertRow(const QSqlDatabase& db, const QString& table, const QVaria
              row.values());
 }
 
+// The same with the columns named in one text: insertRow(db, "Customize_Topup", "cardNo,FValue",
+// {"C1", "5"}).
+inline void insertRow(const QSqlDatabase& db, const QString& table, const QString& columns,
+                      const QVariantList& values) {
+    QVariantMap row;
+    const QStringList names = columns.split(u',');
+    for (qsizetype i = 0; i < names.size(); ++i)
+        row.insert(names.at(i), values.value(i));
+    insertRow(db, table, row);
+}
+
 // Report lines as the tests expect them: CR LF after every line, the last one included.
 inline QString crlf(const QStringList& lines) {
     return lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n");

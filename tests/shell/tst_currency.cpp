@@ -1,8 +1,6 @@
 #include <pondar/currency.h>
 #include <pondar/error.h>
 
-#include "shell/text.h"
-
 #include <QTest>
 
 #include <limits>
@@ -24,7 +22,6 @@ private Q_SLOTS:
         QTest::newRow("percent sign") << u"2.5%"_s << qint64(25000);
         QTest::newRow("blanks inside") << u" 1 000.5"_s << qint64(10005000);
         QTest::newRow("negative") << u"-12.34"_s << qint64(-123400);
-        QTest::newRow("plus") << u"+7"_s << qint64(70000);
         QTest::newRow("leading point") << u".5"_s << qint64(5000);
         QTest::newRow("second point stops") << u"1.2.3"_s << qint64(12000);
         QTest::newRow("exponent") << u"1.5e2"_s << qint64(1500000);
@@ -34,7 +31,6 @@ private Q_SLOTS:
         QTest::newRow("tie to even up") << u"0.00015"_s << qint64(2);
         QTest::newRow("over tie") << u"0.000050001"_s << qint64(1);
         QTest::newRow("negative tie") << u"-0.00015"_s << qint64(-2);
-        QTest::newRow("ServerComm") << u"1.23456"_s << qint64(12346);
         QTest::newRow("largest") << u"922337203685477.5807"_s << std::numeric_limits<qint64>::max();
         QTest::newRow("smallest") << u"-922337203685477.5808"_s
                                   << std::numeric_limits<qint64>::min();
@@ -65,7 +61,6 @@ private Q_SLOTS:
         QTest::newRow("ServerComm") << 1.23456 << qint64(12346);
         QTest::newRow("exact tie down to even") << 0.00125 << qint64(12);
         QTest::newRow("negative") << -2.5 << qint64(-25000);
-        QTest::newRow("zero") << 0.0 << qint64(0);
         QTest::newRow("cents") << 110.1 << qint64(1101000);
     }
     void fromDouble() {
@@ -87,7 +82,6 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("units");
         QTest::addColumn<QString>("formatted");
         QTest::addColumn<QString>("shortest");
-        QTest::newRow("five") << qint64(50000) << u"5.00"_s << u"5"_s;
         QTest::newRow("half") << qint64(5000) << u"0.50"_s << u"0.5"_s;
         QTest::newRow("rounds up") << qint64(12345670) << u"1234.57"_s << u"1234.567"_s;
         QTest::newRow("half cent away from zero") << qint64(1250) << u"0.13"_s << u"0.125"_s;
@@ -95,8 +89,6 @@ private Q_SLOTS:
         QTest::newRow("negative half cent") << qint64(-1250) << u"-0.13"_s << u"-0.125"_s;
         QTest::newRow("tiny negative") << qint64(-1) << u"0.00"_s << u"-0.0001"_s;
         QTest::newRow("zero") << qint64(0) << u"0.00"_s << u"0"_s;
-        QTest::newRow("balance") << qint64(12345000) << u"1234.50"_s << u"1234.5"_s;
-        QTest::newRow("two hundred") << qint64(2000000) << u"200.00"_s << u"200"_s;
         QTest::newRow("smallest") << std::numeric_limits<qint64>::min() << u"-922337203685477.58"_s
                                   << u"-922337203685477.5808"_s;
     }
@@ -110,21 +102,18 @@ private Q_SLOTS:
         QCOMPARE(Currency::parse(shortest), c);
     }
 
-    void arithmeticKeepsOperandOrder() {
+    void arithmeticKeepsOperandOrderAndNeverWraps() {
         const Currency a = Currency::parse(u"20"_s);
         const Currency b = Currency::parse(u"5.25"_s);
         QCOMPARE((a - b).toShortString(), u"14.75"_s);
         QCOMPARE((b - a).toShortString(), u"-14.75"_s);
-        QCOMPARE((a + b).toShortString(), u"25.25"_s);
-        QCOMPARE((-a).toShortString(), u"-20"_s);
+        QCOMPARE((-a + b).toShortString(), u"-14.75"_s);
         QVERIFY(b < a && a > b && a >= a && b <= a && a != b);
         Currency c = a;
         c -= b;
         c += a;
         QCOMPARE(c.toShortString(), u"34.75"_s);
-    }
 
-    void arithmeticThrowsInsteadOfWrapping() {
         const Currency max = Currency::fromUnits(std::numeric_limits<qint64>::max());
         const Currency min = Currency::fromUnits(std::numeric_limits<qint64>::min());
         const Currency tick = Currency::fromUnits(1);
@@ -139,7 +128,6 @@ private Q_SLOTS:
         QTest::addColumn<double>("rate");
         QTest::addColumn<QString>("result");
         QTest::newRow("commission") << u"100"_s << 2.0 << u"2"_s;
-        QTest::newRow("extra") << u"100"_s << 10.0 << u"10"_s;
         QTest::newRow("fraction rate") << u"33.33"_s << 1.2346 << u"0.4115"_s;
         QTest::newRow("zero rate") << u"50"_s << 0.0 << u"0"_s;
         QTest::newRow("negative amount") << u"-10"_s << 5.0 << u"-0.5"_s;
@@ -150,13 +138,6 @@ private Q_SLOTS:
         QFETCH(double, rate);
         QFETCH(QString, result);
         QCOMPARE(Currency::parse(amount).percent(rate).toShortString(), result);
-    }
-
-    void leadingNumberForRates() {
-        QCOMPARE(pondar::leadingNumber(u"2.5%"_s), 2.5);
-        QCOMPARE(pondar::leadingNumber(u""_s), 0.0);
-        QCOMPARE(pondar::leadingNumber(u"ten"_s), 0.0);
-        QCOMPARE(pondar::leadingNumber(u" -4 "_s), -4.0);
     }
 };
 

@@ -24,27 +24,18 @@ private Q_SLOTS:
         db::ensureSchema(f.db());
         QCOMPARE(f.count(u"Customize_Log"_s), 1);
         for (const QString& table :
-             {u"Customize_Transaction"_s, u"Customize_Topup"_s, u"Customize_StaffComm"_s}) {
+             {u"Customize_Transaction"_s, u"Customize_Topup"_s, u"Customize_StaffComm"_s})
             QCOMPARE(f.count(table), 0);
-        }
         // The statements the screens filter on have their indexes.
         QVERIFY(f.scalar(u"SELECT COUNT(*) FROM sqlite_master WHERE type='index' AND "
                          "name LIKE 'IX_Customize_%'"_s)
                     .toInt() >= 8);
     }
 
-    void closedConnectionIsAClearError() {
+    void errorsCarryTheDriverText() {
         QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"closed"_s);
-        try {
-            db::ensureSchema(closed);
-            QFAIL("no error for a closed connection");
-        } catch (const db::DatabaseError& e) {
-            QVERIFY2(e.message().contains(u"not open"_s), qPrintable(e.message()));
-        }
+        QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::ensureSchema(closed));
         QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::ensureSchema(QSqlDatabase()));
-    }
-
-    void failingStatementCarriesDriverText() {
         test::Fixture f;
         try {
             db::exec(f.db(), u"SELECT * FROM no_such_table WHERE x = ?"_s, {1});
@@ -124,7 +115,6 @@ private Q_SLOTS:
         QTest::addColumn<QVariant>("value");
         QTest::addColumn<QDateTime>("expected");
         const QDateTime moment(QDate(2026, 11, 5), QTime(7, 8, 9));
-        QTest::newRow("typed") << QVariant(moment) << moment;
         QTest::newRow("iso text") << QVariant(u"2026-11-05 07:08:09"_s) << moment;
         QTest::newRow("with T and fraction") << QVariant(u"2026-11-05T07:08:09.000"_s) << moment;
         QTest::newRow("bare day") << QVariant(u"2026-11-05"_s) << QDate(2026, 11, 5).startOfDay();
@@ -150,25 +140,13 @@ private Q_SLOTS:
         writeLog(s, QString(299, u'a') + u"'b"_s); // the cut splits the doubled quote
         writeLog(s, QString());
 
-        QSqlQuery q = db::exec(
-            f.db(),
-            u"SELECT StaffCode, BizDate, ActualDate, Description FROM Customize_Log ORDER BY ID"_s);
-        QVERIFY(q.next());
-        QCOMPARE(q.value(0).toString(), u"S1"_s);
-        QCOMPARE(test::plain(q.value(1)).toString(), u"2026-11-15 00:00:00"_s);
-        QCOMPARE(test::plain(q.value(2)).toString(), u"2026-11-16 00:05:09"_s);
-        QCOMPARE(q.value(3).toString(), u"Remove Member Code : 01/O'Neil"_s);
-        QVERIFY(q.next());
-        QCOMPARE(q.value(3).toString(), QString(300, u'x'));
-        QVERIFY(q.next());
-        QCOMPARE(q.value(3).toString(), QString(299, u'a') + u"'"_s);
-        QVERIFY(q.next());
-        QCOMPARE(q.value(3).toString(), QString());
-    }
-
-    void quotesCountTwiceTowardsTheCut() {
-        QCOMPARE(logDescription(QString(200, u'\'')).size(), 150);
-        QCOMPARE(logDescription(u"it's"_s), u"it's"_s);
+        QCOMPARE(f.rows(u"SELECT StaffCode,BizDate,ActualDate FROM Customize_Log WHERE ID=1"_s),
+                 u"S1|2026-11-15 00:00:00|2026-11-16 00:05:09"_s);
+        QCOMPARE(f.rows(u"SELECT COALESCE(Description,'') FROM Customize_Log ORDER BY ID"_s)
+                     .split(u'\n'),
+                 (QStringList{u"Remove Member Code : 01/O'Neil"_s, QString(300, u'x'),
+                              QString(299, u'a') + u"'"_s, QString()}));
+        QCOMPARE(logDescription(QString(200, u'\'')).size(), 150); // quotes count twice
     }
 
     void inputCheck_data() {
@@ -179,7 +157,6 @@ private Q_SLOTS:
         QTest::newRow("blank") << u"00 123"_s << false;
         QTest::newRow("quote") << u"O'Neil"_s << false;
         QTest::newRow("double quote") << u"a\"b"_s << false;
-        QTest::newRow("sql text") << u"x';DROP"_s << false;
     }
     void inputCheck() {
         QFETCH(QString, text);

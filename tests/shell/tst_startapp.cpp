@@ -2,11 +2,8 @@
 
 #include "shell/inifile.h"
 #include "shell/session.h"
-#include "support/dialogs.h"
 #include "support/fixtures.h"
 
-#include <QFile>
-#include <QPushButton>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -28,25 +25,17 @@ class TestStartApp final : public QObject {
 private Q_SLOTS:
     void copiesParticularsAndLoadsSettings() {
         test::Fixture f;
-        QFile ini(f.iniPath());
-        QVERIFY(ini.open(QIODevice::WriteOnly));
-        ini.write("[GeneralSetup]\r\nMemberComm=10\r\nDownComm=2.5%\r\nServerComm=1.23456\r\n"
-                  "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=keep\r\n");
-        ini.close();
-
+        test::writeFile(f.iniPath(),
+                        "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=2.5%\r\nServerComm=1.23456\r\n"
+                        "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=keep\r\n");
         GenClass app;
         app.session().ReaderPort = 4;
         QVERIFY(!start(app, f, u"no such mode"_s, u"12.345"_s));
         const SessionSettings& s = app.session();
-        QCOMPARE(s.StaffCode, u"S01"_s);
-        QCOMPARE(s.ConnString, u"conn"_s);
-        QCOMPARE(s.BzDate, u"15/11/2026"_s);
-        QCOMPARE(s.Printer, f.printerPath());
-        QCOMPARE(s.OutletCode, u"OUT1"_s);
-        QCOMPARE(s.IniPath, f.iniPath());
-        QCOMPARE(s.TrsNo, u"T9"_s);
-        QCOMPARE(s.BillNo, u"B7"_s);
-        QCOMPARE(s.AppValue.toShortString(), u"12.345"_s);
+        QCOMPARE((QStringList{s.StaffCode, s.ConnString, s.BzDate, s.Printer, s.OutletCode,
+                              s.IniPath, s.TrsNo, s.BillNo, s.AppValue.toShortString()}),
+                 (QStringList{u"S01"_s, u"conn"_s, u"15/11/2026"_s, f.printerPath(), u"OUT1"_s,
+                              f.iniPath(), u"T9"_s, u"B7"_s, u"12.345"_s}));
         QCOMPARE(s.ReaderPort, 1);
         QCOMPARE(s.MemberComm, 10.0);
         QCOMPARE(s.DownComm, 2.5);
@@ -79,23 +68,6 @@ private Q_SLOTS:
         app.session().TransactionMode = u"unchanged"_s;
         QVERIFY(!start(app, f, mode));
         QCOMPARE(app.session().TransactionMode, u"unchanged"_s);
-    }
-
-    void mainMenuIgnoresTheAmountAndStaysOpenUntilClose() {
-        test::Fixture f;
-        GenClass app;
-        bool stillOpen = false;
-        test::OnModal log(u"MFLOG"_s, [](QWidget* w) { w->close(); });
-        test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
-            QCOMPARE(w->windowTitle(), u"Mifare Main Menu"_s);
-            test::child<QPushButton>(w, u"CBUT(7)"_s)->click();
-            stillOpen = w->isVisible();
-            test::child<QPushButton>(w, u"CBUT(5)"_s)->click();
-        });
-        QVERIFY(!start(app, f, u"MAINMENU"_s, u"99"_s));
-        QVERIFY(menu.ran());
-        QVERIFY(stillOpen);
-        QCOMPARE(app.session().AppValue, Currency());
     }
 
     void closedConnectionIsRaisedToTheHost() {

@@ -2,8 +2,11 @@
 
 #include "shell/database.h"
 
+#include <QFile>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTest>
 #include <QUuid>
 
 using namespace Qt::Literals::StringLiterals;
@@ -76,6 +79,18 @@ QVariant Fixture::scalar(const QString& sql, const QVariantList& values) const {
     return q.next() ? plain(q.value(0)) : QVariant();
 }
 
+QString Fixture::rows(const QString& sql, const QVariantList& values) const {
+    QSqlQuery q = db::exec(db(), sql, values);
+    QStringList out;
+    while (q.next()) {
+        QStringList cells;
+        for (int i = 0; i < q.record().count(); ++i)
+            cells << (q.isNull(i) ? u"NULL"_s : plain(q.value(i)).toString());
+        out << cells.join(u'|');
+    }
+    return out.join(u'\n');
+}
+
 int Fixture::count(const QString& table) const {
     return scalar(u"SELECT COUNT(*) FROM "_s + table).toInt();
 }
@@ -84,6 +99,17 @@ QVariant plain(const QVariant& value) {
     if (value.typeId() == QMetaType::QDateTime && !value.isNull())
         return value.toDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s);
     return value;
+}
+
+QByteArray readFile(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(),
+             qPrintable(path));
 }
 
 } // namespace pondar::test

@@ -35,6 +35,9 @@ public:
     // Runs a statement and returns the first column of its first row (null when none), in the
     // form the SQLite driver gives it whichever back end runs (see plain()).
     QVariant scalar(const QString& sql, const QVariantList& values = {}) const;
+    // Every row of a statement as plain() text, "|" between columns, "NULL" for a null, one
+    // line per row.
+    QString rows(const QString& sql, const QVariantList& values = {}) const;
     int count(const QString& table) const;
 
 private:
@@ -46,5 +49,9 @@ private:
 // driver hands back typed becomes ISO text "yyyy-mm-dd hh:mm:ss"; anything else is unchanged.
 // Lets one expectation serve both back ends.
 QVariant plain(const QVariant& value);
+
+// A whole file's bytes (empty when it cannot be read), and writing one (fails the test if not).
+QByteArray readFile(const QString& path);
+void writeFile(const QString& path, const QByteArray& bytes);
 
 } // namespace pondar::test

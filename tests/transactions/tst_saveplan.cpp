@@ -42,8 +42,6 @@ private Q_SLOTS:
             QTest::newRow(name) << button << amounts << outcome;
         };
         const QString t = u"topup"_s, w = u"withdraw"_s, a = u"adjust"_s;
-        row("top-up with extra", t, {u"100.00"_s, u"10.00"_s}, u"IN 110.00 135.00"_s);
-        row("extra alone", t, {u"0"_s, u"5"_s}, u"IN 5.00 30.00"_s);
         row("extra not sign-checked", t, {u"10"_s, u"-3"_s}, u"IN 7.00 32.00"_s);
         row("top-up nothing", t, {u""_s, u"0.00"_s}, u"message: Nothing to save !!! @-1"_s);
         row("top-up negative", t, {u"-1"_s, u"50"_s},
@@ -52,13 +50,10 @@ private Q_SLOTS:
         row("extra too large", t, {u"1"_s, u"99e18"_s}, u"Message: Value out of range !!! @11"_s);
         row("new balance too large", t, {u"922337203685477"_s},
             u"Message: Value out of range !!! @4"_s);
-        row("withdraw everything", w, {u"25"_s}, u"OUT 25.00 0.00"_s);
         row("withdraw a cent more", w, {u"25.01"_s},
             u"Message: Insufficient Value to withdraw !!! @8"_s);
         row("withdraw nothing", w, {u"abc"_s}, u"message: Nothing to save !!! @8"_s);
         row("withdraw negative", w, {u"-5"_s}, u"message: Negative Value Not Accepted !!! @8"_s);
-        row("in wins over out", a, {u"5"_s, u"3"_s}, u"AIN 5.00 30.00"_s);
-        row("out alone", a, {u""_s, u"3"_s}, u"AOT 3.00 22.00"_s);
         row("out too much", a, {u"0"_s, u"25.0001"_s},
             u"Message: Insufficient Value to withdraw !!! @-1"_s);
         row("adjust negative out", a, {u"5"_s, u"-3"_s},
@@ -75,13 +70,6 @@ private Q_SLOTS:
                    : QString(d.refusal.title + u": "_s + d.refusal.text + u" @"_s +
                              QString::number(d.refusal.focus));
         QTEST(outcome, "outcome");
-    }
-
-    void extraValueFollowsTheTopUp() {
-        QCOMPARE(extraValueText(u"100"_s, 0.0), u"0.00"_s);
-        QCOMPARE(extraValueText(u"100"_s, 10.0), u"10.00"_s);
-        QCOMPARE(extraValueText(u"33.33"_s, 2.5), u"0.83"_s);
-        QCOMPARE(extraValueText(u"1e20"_s, 10.0), u"0.00"_s);
     }
 };
 
