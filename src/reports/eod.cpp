@@ -90,9 +90,10 @@ void billLines(ReportText& out, const QSqlDatabase& db, const Range& range, cons
         closeBlock(out, running);
 }
 
-// Rows of (code, name, amount) under a heading, with their total.
-void codeNameAmountBlock(ReportText& out, QSqlQuery& q, const QString& heading) {
-    Currency running;
+// Rows of (code, name, amount) under a heading, with their total; `running` is where the total
+// starts, so a block may carry on from the ones above it.
+void codeNameAmountBlock(ReportText& out, QSqlQuery& q, const QString& heading,
+                         Currency running = {}) {
     bool any = false;
     while (q.next()) {
         if (!any)
@@ -160,18 +161,7 @@ QString dailySummary(const QSqlDatabase& db, const EodRequest& request) {
                                "on b.staffcode=a.staffcode WHERE a.TrsDate=? "
                                "group by a.StaffCode,b.staffname order by a.StaffCode"_s,
                                {range.start});
-        bool any = false;
-        while (q.next()) {
-            if (!any)
-                out.line(u"[STAFF COMMISSION]"_s);
-            any = true;
-            const Currency value = db::readMoney(q.value(2));
-            out.line(codeColumn(q.value(0).toString()) + nameColumn(q.value(1).toString()) +
-                     rightAmount(value));
-            running += value;
-        }
-        if (any)
-            closeBlock(out, running);
+        codeNameAmountBlock(out, q, u"[STAFF COMMISSION]"_s, running);
     }
 
     out.line(EndLine);

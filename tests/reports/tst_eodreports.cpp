@@ -132,6 +132,7 @@ private Q_SLOTS:
         trs(f, u"2024-02-01 10:00:00"_s, u"OUT"_s, u"-5"_s);
         trs(f, u"2024-02-01 10:00:00"_s, u"AOT"_s, u"-1"_s);
         trs(f, u"2024-03-01 10:00:00"_s, u"QQ"_s, u"2"_s);
+        comm(f, u"S1"_s, u"2024-03-01 00:00:00"_s, u"1"_s);
 
         QStringList lines = test::linesOf(reports::dailySummary(f.db(), request()));
         QCOMPARE(lines.mid(6, 5),
@@ -143,6 +144,10 @@ private Q_SLOTS:
         lines =
             test::linesOf(reports::dailySummary(f.db(), request(u"01/03/2024"_s, u"01/03/2024"_s)));
         QCOMPARE(lines.value(6), row(QString(), u"2.00"_s));
+        // With no top-up or withdraw block the by-type total carries into the staff block.
+        QCOMPARE(lines.mid(8, 4), (QStringList{u"[STAFF COMMISSION]"_s,
+                                               u"S1                                  1.00"_s, Rule,
+                                               total(u"3.00"_s)}));
     }
 
     void memberInBothBalanceBlocks() {
