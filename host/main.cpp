@@ -1,6 +1,11 @@
 #include "cardtray.h"
 #include "hostwindow.h"
 
+#include "card/membercard.h"
+#include "card/reader.h"
+#include "card/simfolder.h"
+#include "shell/session.h"
+
 #include <pondar/error.h>
 
 #include <QApplication>
@@ -10,7 +15,47 @@
 #include <QSqlError>
 #include <QStandardPaths>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// Answers every card question Yes: the demo issues its first cards without asking anyone.
+class Consent final : public pondar::card::CardPrompts {
+public:
+    bool ask(const QString&) override { return true; }
+    void error(const QString& text, const QString&) override { throw pondar::Error(text); }
+};
+
+// A new tray holds, besides blank cards, the cards of the first two demo members with a balance
+// of 0, so that a top-up can be tried at once; more cards come from the member register.
+void stockTray(const QString& simDir, const QStringList& memberCodes,
+               const QStringList& memberNames) {
+    pondar::card::SimFolder folder(simDir);
+    pondar::card::SimFolder::Card onReader;
+    if (!folder.tray().isEmpty() || folder.onReader(onReader))
+        return;
+    folder.stock(3);
+    const QList<pondar::card::SimFolder::Card> blanks = folder.tray();
+    for (qsizetype i = 0; i < std::min({blanks.size(), memberCodes.size(), qsizetype(2)}); ++i) {
+        folder.put(blanks[i].file);
+        pondar::SessionSettings session;
+        session.Reader = pondar::card::makeSimulatedReader(simDir);
+        Consent yes;
+        pondar::card::MemberCard card(session, yes);
+        const bool issued = card.openSelectLogin(pondar::card::MemberSector) &&
+                            card.writeSerial() && card.writeCode(memberCodes[i]) &&
+                            card.writeName(memberNames[i]) &&
+                            card.confirmAndWriteValue(u"IN"_s, {}, {});
+        card.close();
+        folder.takeOff();
+        if (!issued)
+            throw pondar::Error(u"Could not issue the demo card of "_s + memberCodes[i]);
+    }
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -93,7 +138,7 @@ int main(int argc, char** argv) {
         simDir = reader.startsWith(u"sim:"_s) ? QDir(reader.mid(4)).absolutePath() : QString();
     if (!simDir.isEmpty()) {
         try {
-            pondar::card::SimFolder(simDir).stock(3);
+            stockTray(simDir, {u"000001"_s, u"000002"_s}, {u"TAN AH KOW"_s, u"SITI AMINAH"_s});
         } catch (const pondar::Error& e) {
             QMessageBox::critical(nullptr, u"Pondar demo host"_s, e.message());
             return 1;
