@@ -1,3 +1,2 @@
-pondar_test(tst_saveplan transactions/tst_saveplan.cpp)
 pondar_test(tst_posting transactions/tst_posting.cpp)
 pondar_test(tst_mfmain transactions/tst_mfmain.cpp)
