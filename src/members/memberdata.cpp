@@ -33,15 +33,11 @@ void setStaffLookup(SessionSettings& session) {
                        " where NonActive=0  order by StaffCode"_s);
 }
 
-QSqlQuery openForGrid(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
-    return db::scrollable(db, sql, values);
-}
-
 QSqlQuery memberHistory(const QSqlDatabase& db, const QString& code) {
-    return openForGrid(db,
-                       u"select Billtype AS Type,TrsDate AS Date,BillNo AS Ref,PValue AS Value"
-                       " from Customize_Transaction where CardNo=? order by TrsDate"_s,
-                       {code});
+    return db::scrollable(db,
+                          u"select Billtype AS Type,TrsDate AS Date,BillNo AS Ref,PValue AS Value"
+                          " from Customize_Transaction where CardNo=? order by TrsDate"_s,
+                          {code});
 }
 
 bool memberExists(const QSqlDatabase& db, const QString& code) {
@@ -93,29 +89,6 @@ QString recordCountCaption(qint64 count) {
 
 QString removeQuestion(const QString& name) {
     return u"Confirm to Remove "_s + name + u" ?"_s;
-}
-
-QString moneyText(const QVariant& value) {
-    if (value.isNull())
-        return {};
-    return db::readMoney(value).format();
-}
-
-QString dateText(const QVariant& value) {
-    if (value.isNull())
-        return {};
-    QDateTime moment;
-    if (value.typeId() == QMetaType::QDateTime) {
-        moment = value.toDateTime();
-    } else {
-        const QString text = value.toString();
-        moment = QDateTime::fromString(text, u"yyyy-MM-dd HH:mm:ss"_s);
-        if (!moment.isValid())
-            moment = QDateTime::fromString(text, Qt::ISODate);
-        if (!moment.isValid())
-            return text;
-    }
-    return displayDateTime(moment);
 }
 
 int twipsToPixels(int twips) {

@@ -22,10 +22,6 @@ void setMemberSearchLookup(SessionSettings& session);
 // Active staff, by code.
 void setStaffLookup(SessionSettings& session);
 
-// Runs a statement for a grid: scrollable, as the item models need, and fetched lazily by them.
-// Throws db::DatabaseError with the driver's text.
-QSqlQuery openForGrid(const QSqlDatabase& db, const QString& sql, const QVariantList& values);
-
 // A member's posted card movements, oldest first: Type, Date, Ref, Value.
 QSqlQuery memberHistory(const QSqlDatabase& db, const QString& code);
 
@@ -48,10 +44,6 @@ QString newMemberLogLine(const QString& code, const QString& name);
 QString updateLogLine(const QString& code, const QString& name);
 QString recordCountCaption(qint64 count);
 QString removeQuestion(const QString& name);
-
-// How the grids show stored values: money as "#0.00", dates as "dd/mm/yyyy hh:mm:ss".
-QString moneyText(const QVariant& value);
-QString dateText(const QVariant& value);
 
 // Grid widths are given in twips; the screens run at 15 twips to the pixel.
 int twipsToPixels(int twips);

@@ -3,11 +3,11 @@
 #include "card/widgetprompts.h"
 #include "members/cardissue.h"
 #include "members/datanavigator.h"
-#include "members/gridformat.h"
 #include "members/memberdata.h"
 #include "members/membermodel.h"
 #include "shell/activitylog.h"
 #include "shell/database.h"
+#include "shell/gridmodel.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"
@@ -156,10 +156,8 @@ void MFCUST::buildControls() {
     HData->setObjectName(u"HData"_s);
     HData->setEditTriggers(QAbstractItemView::NoEditTriggers);
     HData->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_history = new QSqlQueryModel(this);
+    m_history = new GridModel(this);
     HData->setModel(m_history);
-    HData->setItemDelegateForColumn(1, new GridFormat(GridFormat::Kind::Date, HData));
-    HData->setItemDelegateForColumn(3, new GridFormat(GridFormat::Kind::Money, HData));
     auto* historyLayout = new QVBoxLayout(historyPage);
     historyLayout->addWidget(HData);
     SSTab1->addTab(historyPage, u"History"_s);
@@ -286,7 +284,7 @@ void MFCUST::refreshCount() {
 }
 
 void MFCUST::refreshHistory() {
-    m_history->setQuery(members::memberHistory(m_session.Conn, TXT[0]->text()));
+    m_history->load(members::memberHistory(m_session.Conn, TXT[0]->text()), {1}, {3});
     const std::array<std::pair<const char16_t*, int>, 4> columns = {{
         {u"Type", 600},
         {u"Date", 2300},

@@ -11,11 +11,12 @@ class QDataWidgetMapper;
 class QLabel;
 class QLineEdit;
 class QPushButton;
-class QSqlQueryModel;
 class QTabWidget;
 class QTableView;
 
 namespace pondar {
+
+class GridModel;
 
 struct SessionSettings;
 class DataNavigator;
@@ -72,7 +73,7 @@ private:
     QTabWidget* SSTab1 = nullptr;
     QTableView* HData = nullptr;
 
-    QSqlQueryModel* m_history = nullptr;
+    GridModel* m_history = nullptr;
     members::MemberTableModel* m_model = nullptr;
     QDataWidgetMapper* m_mapper = nullptr;
     EntryBoxes* m_boxes = nullptr;

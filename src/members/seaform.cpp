@@ -1,6 +1,7 @@
 #include "members/seaform.h"
 
 #include "members/memberdata.h"
+#include "shell/database.h"
 #include "shell/messages.h"
 #include "shell/session.h"
 
@@ -60,7 +61,7 @@ SEAFORM::SEAFORM(SessionSettings& session, QWidget* parent)
 void SEAFORM::fill(const QString& sql, const QVariantList& values) {
     DataGrid1->setEnabled(false);
     m_model->clear();
-    m_model->setQuery(members::openForGrid(m_session.Conn, sql, values));
+    m_model->setQuery(db::scrollable(m_session.Conn, sql, values));
     DataGrid1->setColumnWidth(0, members::twipsToPixels(2000));
     DataGrid1->setColumnWidth(1, members::twipsToPixels(4500));
     if (m_model->rowCount() == 0)

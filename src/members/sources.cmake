@@ -6,7 +6,6 @@ target_sources(pondar PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/entry.cpp
     ${CMAKE_CURRENT_LIST_DIR}/entryboxes.cpp
     ${CMAKE_CURRENT_LIST_DIR}/datanavigator.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/gridformat.cpp
     ${CMAKE_CURRENT_LIST_DIR}/seaform.cpp
     ${CMAKE_CURRENT_LIST_DIR}/mfcomm.cpp
     ${CMAKE_CURRENT_LIST_DIR}/mfcust.cpp)

@@ -40,26 +40,4 @@ QSqlQuery logLines(const QSqlDatabase& db, QDate bizDate) {
                           {bizDate.startOfDay()});
 }
 
-GridModel::GridModel(QObject* parent)
-    : QSqlQueryModel(parent) {}
-
-void GridModel::load(QSqlQuery&& query, QList<int> dateColumns, QList<int> moneyColumns) {
-    m_dateColumns = std::move(dateColumns);
-    m_moneyColumns = std::move(moneyColumns);
-    setQuery(std::move(query));
-    if (lastError().isValid())
-        throw db::DatabaseError(lastError().text());
-}
-
-QVariant GridModel::data(const QModelIndex& index, int role) const {
-    const bool date = m_dateColumns.contains(index.column());
-    const bool money = m_moneyColumns.contains(index.column());
-    if (role == Qt::TextAlignmentRole && money)
-        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
-    const QVariant value = QSqlQueryModel::data(index, role);
-    if (role != Qt::DisplayRole || (!date && !money))
-        return value;
-    return date ? dateTimeText(value) : moneyText(value);
-}
-
 } // namespace pondar::reports

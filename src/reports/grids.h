@@ -4,7 +4,6 @@
 #include <QList>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QSqlQueryModel>
 #include <QString>
 
 namespace pondar::reports {
@@ -22,20 +21,5 @@ QSqlQuery memberTransactions(const QSqlDatabase& db, const QString& cardNo, QDat
 // The activity log of one business date in the order written, with the staff member's name
 // (empty when the staff row is missing); columns Date, Staff, Name, Description.
 QSqlQuery logLines(const QSqlDatabase& db, QDate bizDate);
-
-// A read-only grid model that shows date columns in the default conversion and money columns
-// "#0.00" right-aligned. Rows are fetched as the view scrolls.
-class GridModel final : public QSqlQueryModel {
-    Q_OBJECT
-public:
-    explicit GridModel(QObject* parent = nullptr);
-    // Throws db::DatabaseError when the model cannot take the query.
-    void load(QSqlQuery&& query, QList<int> dateColumns, QList<int> moneyColumns);
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-
-private:
-    QList<int> m_dateColumns;
-    QList<int> m_moneyColumns;
-};
 
 } // namespace pondar::reports

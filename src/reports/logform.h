@@ -9,11 +9,11 @@ class QTableView;
 
 namespace pondar {
 
+class GridModel;
+
 struct SessionSettings;
 
 namespace reports {
-
-class GridModel;
 
 // MFLOG: the activity log of one business date, read-only.
 class LogForm final : public QDialog {

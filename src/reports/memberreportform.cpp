@@ -2,6 +2,7 @@
 
 #include "reports/grids.h"
 #include "reports/widgets.h"
+#include "shell/gridmodel.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"

@@ -10,11 +10,11 @@ class QTableView;
 
 namespace pondar {
 
+class GridModel;
+
 struct SessionSettings;
 
 namespace reports {
-
-class GridModel;
 
 // MRPT: one member's card lines over a date range, and the slip of a chosen line reopened in
 // preview.

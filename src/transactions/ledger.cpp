@@ -1,11 +1,8 @@
 #include "transactions/ledger.h"
 
-#include "members/memberdata.h"
 #include "shell/database.h"
 #include "shell/session.h"
 #include "shell/text.h"
-
-#include <QSqlRecord>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -39,43 +36,18 @@ void AddIntroducerCredit(const SessionSettings& session, Currency topUp, const Q
 }
 
 QSqlQuery pendingGridQuery(const QSqlDatabase& db, const QString& cardNo) {
-    return members::openForGrid(
-        db,
-        u"select DateInput as [Date],BillNo as [Ref],FValue as [Value] from "
-        "Customize_Topup where UpdateStatus=0 and CardNo=? order by DateInput"_s,
-        {cardNo});
+    return db::scrollable(db,
+                          u"select DateInput as [Date],BillNo as [Ref],FValue as [Value] from "
+                          "Customize_Topup where UpdateStatus=0 and CardNo=? order by DateInput"_s,
+                          {cardNo});
 }
 
 QSqlQuery historyQuery(const QSqlDatabase& db, const QString& cardNo) {
-    return members::openForGrid(db,
-                                u"select Billtype as [Type],TrsDate as [Date],BillNo as [Receipt],"
-                                "PValue as [Value],RefTrsNo as [Ref] from Customize_Transaction "
-                                "where CardNo=? order by RefTrsNo"_s,
-                                {cardNo});
-}
-
-QVariant LedgerModel::data(const QModelIndex& item, int role) const {
-    QVariant value = QSqlQueryModel::data(item, role);
-    if (role != Qt::DisplayRole || value.isNull())
-        return value;
-    if (item.column() == m_valueColumn) {
-        try {
-            return db::readMoney(value).format();
-        } catch (const Error&) {
-            return value; // a value no till could have written; shown as stored
-        }
-    }
-    if (item.column() == m_dateColumn) {
-        const QDateTime moment = db::readDateTime(value);
-        if (moment.isValid())
-            return displayDateTime(moment);
-    }
-    return value;
-}
-
-void LedgerModel::queryChange() {
-    m_valueColumn = record().indexOf(u"Value"_s);
-    m_dateColumn = record().indexOf(u"Date"_s);
+    return db::scrollable(db,
+                          u"select Billtype as [Type],TrsDate as [Date],BillNo as [Receipt],"
+                          "PValue as [Value],RefTrsNo as [Ref] from Customize_Transaction "
+                          "where CardNo=? order by RefTrsNo"_s,
+                          {cardNo});
 }
 
 } // namespace pondar

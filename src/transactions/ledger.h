@@ -6,7 +6,6 @@
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QSqlQueryModel>
 #include <QString>
 
 namespace pondar {
@@ -36,20 +35,5 @@ void AddIntroducerCredit(const SessionSettings& session, Currency topUp, const Q
 // (columns Date, Ref, Value) and its transaction history (Type, Date, Receipt, Value, Ref).
 QSqlQuery pendingGridQuery(const QSqlDatabase& db, const QString& cardNo);
 QSqlQuery historyQuery(const QSqlDatabase& db, const QString& cardNo);
-
-// A read-only model over one of those queries that shows the "Value" column as "#0.00" and the
-// "Date" column as "dd/mm/yyyy hh:mm:ss". Rows are fetched as the view scrolls.
-class LedgerModel final : public QSqlQueryModel {
-public:
-    using QSqlQueryModel::QSqlQueryModel;
-    QVariant data(const QModelIndex& item, int role = Qt::DisplayRole) const override;
-
-protected:
-    void queryChange() override;
-
-private:
-    int m_valueColumn = -1;
-    int m_dateColumn = -1;
-};
 
 } // namespace pondar

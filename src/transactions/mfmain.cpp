@@ -1,6 +1,7 @@
 #include "transactions/mfmain.h"
 
 #include "members/memberdata.h"
+#include "shell/gridmodel.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"
@@ -99,7 +100,7 @@ MFMAIN::MFMAIN(SessionSettings& session, QWidget* parent)
     STab->addTab(historyPage(), u"History"_s);
 
     PData = makeGrid(u"PData"_s, this);
-    m_pending = new LedgerModel(this);
+    m_pending = new GridModel(this);
     PData->setModel(m_pending);
     auto* pendingLabel = new QLabel(u"&Pending Bal Details"_s, this);
     pendingLabel->setBuddy(PData);
@@ -189,7 +190,7 @@ QWidget* MFMAIN::adjustmentPage() {
 QWidget* MFMAIN::historyPage() {
     auto* page = new QWidget(this);
     MData = makeGrid(u"MData"_s, page);
-    m_history = new LedgerModel(this);
+    m_history = new GridModel(this);
     MData->setModel(m_history);
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(MData);
@@ -291,11 +292,11 @@ void MFMAIN::ClearEntry() {
 }
 
 void MFMAIN::refreshHistory() {
-    m_history->setQuery(historyQuery(m_session.Conn, TXT[txt::CardNo]->text()));
+    m_history->load(historyQuery(m_session.Conn, TXT[txt::CardNo]->text()), {1}, {3});
 }
 
 void MFMAIN::refreshPending() {
-    m_pending->setQuery(pendingGridQuery(m_session.Conn, TXT[txt::CardNo]->text()));
+    m_pending->load(pendingGridQuery(m_session.Conn, TXT[txt::CardNo]->text()), {0}, {2});
 }
 
 TransactionBoxes MFMAIN::boxes() const {

@@ -18,7 +18,7 @@ class QTableView;
 namespace pondar {
 
 struct SessionSettings;
-class LedgerModel;
+class GridModel;
 
 // The transaction screen: the operator reads a member's card with Connect, types an amount on
 // the tab of the session's TransactionMode and saves it. A Save writes the card first and posts
@@ -74,8 +74,8 @@ private:
     QTableView* MData = nullptr;
     QTableView* PData = nullptr;
     std::array<QPushButton*, 6> CBUT{};
-    LedgerModel* m_history = nullptr;
-    LedgerModel* m_pending = nullptr;
+    GridModel* m_history = nullptr;
+    GridModel* m_pending = nullptr;
 };
 
 } // namespace pondar

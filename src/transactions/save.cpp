@@ -29,9 +29,9 @@ QString headline(const UnpostedWrite& r) {
 // The lines the operator sees; the file holds them too, with the error on one line.
 QStringList summary(const UnpostedWrite& r, bool oneLineError) {
     return {
-        u"Card No : "_s + r.cardNo + u" / "_s + r.name,
-        u"Transaction : "_s + r.billType + u' ' + r.writeValue.format(),
-        u"New Card Bal. : "_s + r.newValue.format(),
+        u"Card No : "_s + r.boxes.cardNo + u" / "_s + r.boxes.name,
+        u"Transaction : "_s + r.plan.billType + u' ' + r.plan.writeValue.format(),
+        u"New Card Bal. : "_s + r.plan.newValue.format(),
         u"Ref No : "_s + r.refNo,
         u"Posted before the error : "_s +
             (r.posted.isEmpty() ? u"nothing"_s : r.posted.join(u", "_s)),
@@ -43,10 +43,11 @@ QString fileBlock(const UnpostedWrite& r) {
     QStringList lines;
     lines << isoDateTime(r.moment) + u' ' + headline(r);
     lines << summary(r, true);
-    lines << u"Previous Bal. : "_s + r.previousValue.format()
-          << u"Pending : "_s + r.pendingValue.format()
-          << u"Topup : "_s + r.topUp + u"  Extra : "_s + r.extra << u"Staff Code : "_s + r.staffCode
-          << u"Trs No : "_s + r.trsNo << u"Bill No : "_s + r.billNo << u"Outlet : "_s + r.outlet
+    lines << u"Previous Bal. : "_s + Currency::parse(r.boxes.balance).format()
+          << u"Pending : "_s + Currency::parse(r.boxes.pending).format()
+          << u"Topup : "_s + r.boxes.topUp + u"  Extra : "_s + r.boxes.extra
+          << u"Staff Code : "_s + r.boxes.staffCode << u"Trs No : "_s + r.trsNo
+          << u"Bill No : "_s + r.billNo << u"Outlet : "_s + r.outlet
           << u"Business Date : "_s + r.bzDate;
     return lines.join(u"\r\n"_s) + u"\r\n\r\n"_s;
 }
@@ -102,25 +103,16 @@ SaveOutcome saveTransaction(SessionSettings& session, TransactionForm& form, con
             posted.append(u"introducer credit"_s);
         }
     } catch (const std::exception& e) {
-        UnpostedWrite r;
-        r.moment = session.now();
-        r.cardNo = b.cardNo;
-        r.name = b.name;
-        r.billType = plan.billType;
-        r.writeValue = plan.writeValue;
-        r.newValue = plan.newValue;
-        r.refNo = form.currentRef;
-        r.posted = posted;
-        r.error = errorText(e);
-        r.previousValue = Currency::parse(b.balance);
-        r.pendingValue = Currency::parse(b.pending);
-        r.topUp = b.topUp;
-        r.extra = b.extra;
-        r.staffCode = b.staffCode;
-        r.trsNo = session.TrsNo;
-        r.billNo = session.BillNo;
-        r.outlet = session.OutletCode;
-        r.bzDate = session.BzDate;
+        const UnpostedWrite r{session.now(),
+                              b,
+                              plan,
+                              form.currentRef,
+                              posted,
+                              errorText(e),
+                              session.TrsNo,
+                              session.BillNo,
+                              session.OutletCode,
+                              session.BzDate};
         out.refNo = form.currentRef;
         out.message = recordUnpostedWrite(session.IniPath, r);
         return out;

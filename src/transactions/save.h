@@ -16,20 +16,11 @@ struct SessionSettings;
 // are told.
 struct UnpostedWrite {
     QDateTime moment;
-    QString cardNo;
-    QString name;
-    QString billType;
-    Currency writeValue;
-    Currency newValue;
+    TransactionBoxes boxes; // as the operator left them, for whoever posts the lines by hand
+    SavePlan plan;          // what the card took
     QString refNo;
     QStringList posted; // the steps committed before the failure
     QString error;      // the driver's text
-    // For whoever posts the lines by hand; in the file only.
-    Currency previousValue;
-    Currency pendingValue;
-    QString topUp;
-    QString extra;
-    QString staffCode;
     QString trsNo;
     QString billNo;
     QString outlet;
