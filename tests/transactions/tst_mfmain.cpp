@@ -238,6 +238,24 @@ private Q_SLOTS:
         }
     }
 
+    // A code with a quote and statement text reaches the database as a value.
+    void quotedCodePostsAsItIs() {
+        Till till;
+        const QString code = u"O'1;DROP--"_s;
+        till.f.addMember(code, u"Bo'"_s);
+        till.card(code, u"Bo'"_s, u"20"_s);
+        test::MessageBoxes boxes;
+        boxes.queue(QMessageBox::Yes);
+        Screens screens([&](QWidget* w) {
+            press(w, 2);
+            press(w, 3);
+        });
+        QVERIFY(till.start(u"WITHDRAW"_s, u"5"_s));
+        QCOMPARE(till.f.rows(u"SELECT CardNo,Name,PValue FROM Customize_Transaction"_s),
+                 code + u"|Bo'|-5"_s);
+        QCOMPARE(till.cardValue(), u"15"_s);
+    }
+
     // The card took the new value, then the database failed: the operator and the recovery
     // file learn what the card holds, nothing is offered twice, and the host hears false.
     void databaseFailureAfterTheCardWrite() {
