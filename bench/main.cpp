@@ -8,6 +8,7 @@
 
 #include "ledger.h"
 
+#include "card/prompts.h"
 #include "reports/eod.h"
 #include "reports/grids.h"
 #include "reports/reporttext.h"
@@ -178,8 +179,9 @@ int main(int argc, char** argv) {
             {isoDayStart(day)});
         someRef.next();
         const QString ref = someRef.value(0).toString();
-        timeIt(u"transaction slip by reference"_s, n,
-               [&] { return lineCount(reports::transactionSlip(db, ref, u"TOPUP"_s)); });
+        timeIt(u"transaction slip by reference"_s, n, [&] {
+            return lineCount(reports::transactionSlip(db, ref, TransactionMode::TopUp));
+        });
 
         // A Save once the card holds its new value: settlement of the card's pending top-ups,
         // the transaction line, commission, introducer credit, log line and hand-off; the
@@ -198,13 +200,12 @@ int main(int argc, char** argv) {
         session.clock = [&clock] { return clock; };
         int member = 0;
         // statementsOnly: the database part alone, without the hand-off to the settings file.
-        auto save = [&](const QString& mode, bool statementsOnly) {
+        card::SilentPrompts silent;
+        auto save = [&](TransactionMode mode, bool statementsOnly) {
             clock = clock.addSecs(1);
             member += 3; // every third member has an introducer
             const QString cardNo = bench::cardOf(member);
             const MemberExtras extras = LoadMemberExtras(db, cardNo);
-            session.TransactionMode = mode;
-            session.IntroducerCode = extras.introducer;
             TransactionForm form;
             form.boxes.cardNo = cardNo;
             form.boxes.name = bench::nameOf(member);
@@ -213,36 +214,39 @@ int main(int argc, char** argv) {
             form.boxes.staffCode = u"S01"_s;
             form.boxes.introducer = extras.introducer;
             SavePlan plan;
-            if (mode == u"TOPUP"_s) {
+            if (mode == TransactionMode::TopUp) {
                 form.boxes.topUp = u"50.00"_s;
                 form.boxes.extra = u"5.00"_s;
-                plan = {u"IN"_s, Currency::parse(u"55"_s) + extras.pending, {}};
+                plan = {BillType::In, Currency::parse(u"55"_s) + extras.pending, {}};
                 plan.newValue = Currency::parse(u"100"_s) + plan.writeValue;
             } else {
                 form.boxes.withdraw = u"20.00"_s;
-                plan = {u"OUT"_s, Currency::parse(u"20"_s), {}};
+                plan = {BillType::Out, Currency::parse(u"20"_s), {}};
                 plan.newValue = Currency::parse(u"80"_s) + extras.pending;
             }
             if (statementsOnly) {
-                PostTransaction(session, form, plan);
-                if (plan.billType == u"IN"_s)
-                    AddIntroducerCredit(session, Currency::parse(form.boxes.topUp),
-                                        form.currentRef);
+                PostTransaction(session, mode, form, plan);
+                if (plan.billType == BillType::In)
+                    AddIntroducerCredit(session, extras.introducer,
+                                        Currency::parse(form.boxes.topUp), form.currentRef);
                 return qint64(1);
             }
-            const SaveOutcome outcome = saveTransaction(session, form, plan);
-            if (!outcome.ok)
+            const SaveOutcome outcome =
+                TransactionSave(session, silent).post(mode, form.boxes, plan);
+            if (outcome.status != SaveOutcome::Status::Posted)
                 throw Error(outcome.message);
             return qint64(1);
         };
         timeIt(u"connect look-ups (introducer, pending total)"_s, n,
                [&] { return qint64(LoadMemberExtras(db, bench::cardOf(member + 1)).found); });
         timeIt(u"Save, top-up settling pending, statements"_s, n,
-               [&] { return save(u"TOPUP"_s, true); });
-        timeIt(u"Save, withdrawal, statements"_s, n, [&] { return save(u"WITHDRAW"_s, true); });
+               [&] { return save(TransactionMode::TopUp, true); });
+        timeIt(u"Save, withdrawal, statements"_s, n,
+               [&] { return save(TransactionMode::Withdraw, true); });
         timeIt(u"Save, top-up settling pending, whole"_s, n,
-               [&] { return save(u"TOPUP"_s, false); });
-        timeIt(u"Save, withdrawal, whole"_s, n, [&] { return save(u"WITHDRAW"_s, false); });
+               [&] { return save(TransactionMode::TopUp, false); });
+        timeIt(u"Save, withdrawal, whole"_s, n,
+               [&] { return save(TransactionMode::Withdraw, false); });
         timeIt(u"hand-off to the settings file alone"_s, n, [&] {
             return qint64(WriteHandOff(
                 session.IniPath,

@@ -47,7 +47,7 @@ void stockTray(const QString& simDir, const QStringList& memberCodes,
         const bool issued = card.openSelectLogin(pondar::card::MemberSector) &&
                             card.writeSerial() && card.writeCode(memberCodes[i]) &&
                             card.writeName(memberNames[i]) &&
-                            card.confirmAndWriteValue(u"IN"_s, {}, {});
+                            card.confirmAndWriteValue(pondar::BillType::In, {}, {});
         card.close();
         folder.takeOff();
         if (!issued)

@@ -15,7 +15,6 @@ BalanceTexts pollBalance(SessionSettings& session) {
     const ReadResult result = card.read(data);
     if (result == ReadResult::DeviceFailed || result == ReadResult::NotOwnSerial)
         return {};
-    session.CurrentCardNo = data.code;
     BalanceTexts texts;
     texts.cardNo = data.code;
     texts.name = data.name;

@@ -21,7 +21,7 @@ struct BalanceTexts {
 };
 
 // One look at the reader, silent whatever fails. A card whose balance cannot be read still
-// shows its number, name and pending top-ups. Keeps the card number in session.CurrentCardNo.
+// shows its number, name and pending top-ups.
 BalanceTexts pollBalance(SessionSettings& session);
 
 // The card's top-ups not yet written to it; 0 when there are none.

@@ -88,9 +88,7 @@ void MFBAL::keyPressEvent(QKeyEvent* event) {
         return;
     }
     guarded(this, [&] {
-        m_session.DialogAccepted = false;
-        showScreen(Screen::Password, m_session, this);
-        if (m_session.DialogAccepted)
+        if (askSupervisorPassword(m_session, this))
             accept();
     });
 }

@@ -4,21 +4,14 @@
 
 namespace pondar {
 
-bool showCardScreen(Screen screen, SessionSettings& session, QWidget* parent) {
-    switch (screen) {
-    case Screen::Balance: {
-        card::MFBAL display(session, parent);
-        display.exec();
-        return true;
-    }
-    case Screen::Password: {
-        card::MESC gate(session, parent);
-        gate.exec();
-        return true;
-    }
-    default:
-        return false;
-    }
+void showBalanceDisplay(SessionSettings& session, QWidget* parent) {
+    card::MFBAL display(session, parent);
+    display.exec();
+}
+
+bool askSupervisorPassword(SessionSettings&, QWidget* parent) {
+    card::MESC gate(parent);
+    return gate.exec() == QDialog::Accepted;
 }
 
 } // namespace pondar

@@ -141,16 +141,15 @@ ReadResult MemberCard::read(CardData& data) {
     return ReadResult::Ok;
 }
 
-bool MemberCard::confirmAndWriteValue(const QString& billType, Currency amount,
-                                      Currency newBalance) {
-    const bool out = billType == u"OUT"_s || billType == u"AOT"_s;
-    m_session.ConfirmQuestion =
-        out ? QString(u"Confirm to withdraw out value : "_s + amount.format() + u" from Card ?"_s)
-            : QString(u"Confirm to Add in value : "_s + amount.format() + u" to Card ?"_s);
+bool MemberCard::confirmAndWriteValue(BillType billType, Currency amount, Currency newBalance) {
+    const QString question =
+        addsValue(billType)
+            ? QString(u"Confirm to Add in value : "_s + amount.format() + u" to Card ?"_s)
+            : QString(u"Confirm to withdraw out value : "_s + amount.format() + u" from Card ?"_s);
     const QString value = newBalance.toShortString();
     if (value.size() > FieldSize)
         throw Error(u"Card balance "_s + value + u" is too large for the card !!!"_s);
-    if (!m_prompts.ask(m_session.ConfirmQuestion))
+    if (!m_prompts.ask(question))
         return false;
     if (!openSelectLogin(ValueSector))
         return false;

@@ -2,6 +2,7 @@
 
 #include "card/prompts.h"
 #include "card/readeraccess.h"
+#include "shell/modes.h"
 
 #include <pondar/currency.h>
 
@@ -80,10 +81,9 @@ public:
     ReadResult read(CardData& data);
 
     // Asks "Confirm to Add in value : 10.00 to Card ?" (or "Confirm to withdraw out value : ...
-    // from Card ?" for OUT and AOT), keeping the question in session.ConfirmQuestion. No writes
-    // nothing. Otherwise opens sector 9 and writes the new balance's shortest text to VALUE.
-    // True when it was written.
-    bool confirmAndWriteValue(const QString& billType, Currency amount, Currency newBalance);
+    // from Card ?" for OUT and AOT). No writes nothing. Otherwise opens sector 9 and writes the
+    // new balance's shortest text to VALUE. True when it was written.
+    bool confirmAndWriteValue(BillType billType, Currency amount, Currency newBalance);
 
     // Closes the session's reader handle.
     void close();

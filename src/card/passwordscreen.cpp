@@ -1,7 +1,6 @@
 #include "card/passwordscreen.h"
 
 #include "shell/messages.h"
-#include "shell/session.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -17,9 +16,8 @@ namespace {
 const QString SupervisorPassword = u"KRWD3917"_s;
 }
 
-MESC::MESC(SessionSettings& session, QWidget* parent)
-    : QDialog(parent)
-    , m_session(session) {
+MESC::MESC(QWidget* parent)
+    : QDialog(parent) {
     setObjectName(u"MESC"_s);
     setWindowTitle(u"Security"_s);
 
@@ -57,13 +55,7 @@ void MESC::command1() {
         m_text1->selectAll();
         return;
     }
-    m_session.DialogAccepted = true;
     accept();
-}
-
-void MESC::reject() {
-    m_session.DialogAccepted = false;
-    QDialog::reject();
 }
 
 } // namespace pondar::card

@@ -7,25 +7,19 @@ class QPushButton;
 
 namespace pondar {
 
-struct SessionSettings;
-
 namespace card {
 
-// MESC: asks for the supervisor password; the outcome is session.DialogAccepted. No count of
-// tries and no lock-out.
+// MESC: asks for the supervisor password; exec() returns Accepted only when it was given. No
+// count of tries and no lock-out.
 class MESC final : public QDialog {
     Q_OBJECT
 
 public:
-    explicit MESC(SessionSettings& session, QWidget* parent = nullptr);
-
-public Q_SLOTS:
-    void reject() override;
+    explicit MESC(QWidget* parent = nullptr);
 
 private:
     void command1();
 
-    SessionSettings& m_session;
     QLineEdit* m_text1 = nullptr;
 };
 

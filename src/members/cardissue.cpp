@@ -29,7 +29,8 @@ private:
 
 } // namespace
 
-CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts) {
+CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const QString& code,
+                    const QString& name) {
     if (!prompts.ask(u"Store Data to Card "_s))
         return CardIssue::Declined;
     card::MemberCard card(session, prompts);
@@ -43,12 +44,12 @@ CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts) {
     // The writes' results are deliberately not looked at: the card is reported written once the
     // member sector has been opened.
     card.writeSerial();
-    card.writeCode(session.CurrentCode);
-    card.writeName(session.CurrentName);
+    card.writeCode(code);
+    card.writeName(name);
     // A card whose value sector refuses the key keeps its member fields and is still reported
     // written; the value question decides whether 0 goes onto it.
     if (card.openSelectLogin(card::ValueSector))
-        card.confirmAndWriteValue(u"IN"_s, Currency(), Currency());
+        card.confirmAndWriteValue(BillType::In, Currency(), Currency());
     return CardIssue::Written;
 }
 

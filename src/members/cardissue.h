@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 namespace pondar {
 
 struct SessionSettings;
@@ -17,11 +19,12 @@ enum class CardIssue {
     Written,      // the member fields were sent to the card (their results are not checked)
 };
 
-// Writes the member just saved (session.CurrentCode, session.CurrentName) onto the card on the
-// session's reader: serial, code, name, then the value 0 after its own question. Questions go
-// through prompts; the caller reports DeviceFailed and Written. A name is cut to what the card's
-// block holds. Throws pondar::Error for a card serial too long for its block.
-CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts);
+// Writes the member just saved onto the card on the session's reader: serial, code, name, then
+// the value 0 after its own question. Questions go through prompts; the caller reports
+// DeviceFailed and Written. A name is cut to what the card's block holds. Throws pondar::Error
+// for a card serial too long for its block.
+CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const QString& code,
+                    const QString& name);
 
 } // namespace members
 } // namespace pondar

@@ -6,28 +6,24 @@
 
 namespace pondar {
 
-namespace {
-
-// Each showing gets a fresh screen, so nothing from the last one carries over.
-template <typename Screen> bool run(SessionSettings& session, QWidget* parent) {
-    Screen screen(session, parent);
+void showMemberRegister(SessionSettings& session, QWidget* parent) {
+    MFCUST screen(session, parent);
     screen.exec();
-    return true;
 }
 
-} // namespace
+std::optional<StaffMember> askStaffMember(SessionSettings& session, QWidget* parent) {
+    MFCOMM screen(session, parent);
+    if (screen.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return screen.staff();
+}
 
-bool showMemberScreen(Screen screen, SessionSettings& session, QWidget* parent) {
-    switch (screen) {
-    case Screen::Member:
-        return run<MFCUST>(session, parent);
-    case Screen::StaffEntry:
-        return run<MFCOMM>(session, parent);
-    case Screen::Lookup:
-        return run<SEAFORM>(session, parent);
-    default:
-        return false;
-    }
+std::optional<QString> pickFromLookup(SessionSettings& session, const db::Statement& lookup,
+                                      QWidget* parent) {
+    SEAFORM screen(session, lookup, parent);
+    if (screen.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return screen.picked();
 }
 
 } // namespace pondar

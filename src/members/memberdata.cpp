@@ -1,7 +1,6 @@
 #include "members/memberdata.h"
 
 #include "shell/database.h"
-#include "shell/session.h"
 #include "shell/text.h"
 
 #include <QDateTime>
@@ -11,26 +10,22 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::members {
 
-void setLookup(SessionSettings& session, const QString& sql, const QVariantList& values) {
-    session.LookupQuery = sql;
-    session.LookupValues = values;
+db::Statement introducerLookup(const QString& ownCode, const QString& typed) {
+    return {u"Select MemberCode AS CardNo,MemberName AS Name from tloy_mt_member"
+            " where NonActive=0 and Membercode <> ? and  MemberCode like ? order by MemberCode"_s,
+            {ownCode, QString(typed + u'%')}};
 }
 
-void setIntroducerLookup(SessionSettings& session, const QString& ownCode, const QString& typed) {
-    setLookup(session,
-              u"Select MemberCode AS CardNo,MemberName AS Name from tloy_mt_member"
-              " where NonActive=0 and Membercode <> ? and  MemberCode like ? order by MemberCode"_s,
-              {ownCode, QString(typed + u'%')});
+db::Statement memberSearchLookup() {
+    return {u"Select MemberCode AS CardNo,MemberName AS Name from tloy_mt_member"
+            "  order by MemberCode"_s,
+            {}};
 }
 
-void setMemberSearchLookup(SessionSettings& session) {
-    setLookup(session, u"Select MemberCode AS CardNo,MemberName AS Name from tloy_mt_member"
-                       "  order by MemberCode"_s);
-}
-
-void setStaffLookup(SessionSettings& session) {
-    setLookup(session, u"Select StaffCode AS StaffCode,StaffName AS Name from tpay_mt_Staff"
-                       " where NonActive=0  order by StaffCode"_s);
+db::Statement staffLookup() {
+    return {u"Select StaffCode AS StaffCode,StaffName AS Name from tpay_mt_Staff"
+            " where NonActive=0  order by StaffCode"_s,
+            {}};
 }
 
 QSqlQuery memberHistory(const QSqlDatabase& db, const QString& code) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/database.h"
+
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
@@ -8,19 +10,15 @@
 
 namespace pondar {
 
-struct SessionSettings;
-
 namespace members {
 
-// What the lookup grid runs: a two-column statement (code, name) and its bound values.
-void setLookup(SessionSettings& session, const QString& sql, const QVariantList& values = {});
-
+// The lookup grid's statements (code, name).
 // Active members other than the one on screen whose code begins with what was typed.
-void setIntroducerLookup(SessionSettings& session, const QString& ownCode, const QString& typed);
+db::Statement introducerLookup(const QString& ownCode, const QString& typed);
 // Every member, by code.
-void setMemberSearchLookup(SessionSettings& session);
+db::Statement memberSearchLookup();
 // Active staff, by code.
-void setStaffLookup(SessionSettings& session);
+db::Statement staffLookup();
 
 // A member's posted card movements, oldest first: Type, Date, Ref, Value.
 QSqlQuery memberHistory(const QSqlDatabase& db, const QString& code);

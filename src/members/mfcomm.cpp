@@ -1,6 +1,5 @@
 #include "members/mfcomm.h"
 
-#include "members/entryboxes.h"
 #include "members/memberdata.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
@@ -67,20 +66,18 @@ MFCOMM::MFCOMM(SessionSettings& session, QWidget* parent)
 }
 
 void MFCOMM::lookup() {
-    members::setStaffLookup(m_session);
-    showScreen(Screen::Lookup, m_session, this);
-    if (!m_session.DialogAccepted) {
+    const std::optional<QString> picked = pickFromLookup(m_session, members::staffLookup(), this);
+    if (!picked) {
         focusAgain(TXT);
         return;
     }
-    TXT->setText(m_session.CurrentCode);
+    TXT->setText(*picked);
     m_boxes->tabOn(TXT);
 }
 
 EntryBoxes::Outcome MFCOMM::check() {
     using Outcome = EntryBoxes::Outcome;
-    m_session.CommStaffCode.clear();
-    m_session.CommStaffName.clear();
+    m_staff = {};
     const QString code = TXT->text();
     if (code.isEmpty())
         return Outcome::Pass;
@@ -98,20 +95,8 @@ EntryBoxes::Outcome MFCOMM::check() {
 }
 
 void MFCOMM::ok() {
-    m_session.CommStaffCode = TXT->text().trimmed().toUpper();
-    m_session.CommStaffName = SNAME->text();
-    m_session.DialogAccepted = true;
+    m_staff = {TXT->text().trimmed().toUpper(), SNAME->text()};
     accept();
-}
-
-void MFCOMM::done(int result) {
-    // "&Close", Escape and the window's close button all leave without a staff member.
-    if (result != QDialog::Accepted) {
-        m_session.CommStaffCode.clear();
-        m_session.CommStaffName.clear();
-        m_session.DialogAccepted = false;
-    }
-    QDialog::done(result);
 }
 
 } // namespace pondar

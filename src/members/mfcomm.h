@@ -1,6 +1,7 @@
 #pragma once
 
-#include "members/entryboxes.h"
+#include "shell/entryboxes.h"
+#include "shell/screens.h"
 
 #include <QDialog>
 
@@ -12,16 +13,15 @@ namespace pondar {
 
 struct SessionSettings;
 
-// Staff entry: names the staff member who earns the commission. "&Ok" hands the code back in
-// session.CommStaffCode (trimmed, upper case) with session.DialogAccepted set; any other way out
-// clears the code and the flag.
+// Staff entry: names the staff member who earns the commission. exec() returns Accepted only
+// through "&Ok", and staff() is then the code (trimmed, upper case) and the name shown.
 class MFCOMM final : public QDialog {
     Q_OBJECT
 
 public:
     explicit MFCOMM(SessionSettings& session, QWidget* parent = nullptr);
 
-    void done(int result) override;
+    const StaffMember& staff() const { return m_staff; }
 
 private:
     void lookup();
@@ -29,6 +29,7 @@ private:
     void ok();
 
     SessionSettings& m_session;
+    StaffMember m_staff;
     QLabel* Label1;
     QLineEdit* TXT;
     QLabel* SNAME;

@@ -88,7 +88,7 @@ MFCUST::MFCUST(SessionSettings& session, QWidget* parent)
     tahoma.setFamily(u"Tahoma"_s);
     setFont(tahoma);
     buildControls();
-    guarded(this, [&] { open(); });
+    guarded(this, [&] { load(); });
 }
 
 MFCUST::~MFCUST() = default;
@@ -229,7 +229,7 @@ void MFCUST::buildControls() {
     MData->setEnabled(false);
 }
 
-void MFCUST::open() {
+void MFCUST::load() {
     m_model = new members::MemberTableModel(m_session.Conn, this);
     m_mapper = new QDataWidgetMapper(this);
     m_mapper->setModel(m_model);
@@ -347,10 +347,10 @@ EntryBoxes::Outcome MFCUST::checkIntroducer() {
 }
 
 void MFCUST::introducerLookup() {
-    members::setIntroducerLookup(m_session, TXT[0]->text(), TXT[12]->text());
-    showScreen(Screen::Lookup, m_session, this);
-    // An abandoned lookup hands back an empty code, which empties the box.
-    TXT[12]->setText(m_session.CurrentCode);
+    const std::optional<QString> picked =
+        pickFromLookup(m_session, members::introducerLookup(TXT[0]->text(), TXT[12]->text()), this);
+    // An abandoned lookup empties the box.
+    TXT[12]->setText(picked.value_or(QString()));
     focusAgain(TXT[12]);
 }
 
@@ -423,9 +423,6 @@ void MFCUST::save() {
     }
     if (m_mapper->currentIndex() < 0)
         return; // an empty register and no new record: nothing to write
-    m_session.CurrentCode = code.trimmed();
-    m_session.CurrentName = members::cardName(name);
-
     const bool isNew = adding();
     m_mapper->submit();
     if (!m_model->submitAll()) {
@@ -440,7 +437,7 @@ void MFCUST::save() {
     QString line;
     if (isNew) {
         // The row is saved whatever happens at the reader, and so is the log line.
-        guarded(this, [&] { issueCard(); });
+        guarded(this, [&] { issueCard(code.trimmed(), members::cardName(name)); });
         line = members::newMemberLogLine(code, name);
     } else {
         line = members::updateLogLine(code, name);
@@ -449,9 +446,9 @@ void MFCUST::save() {
     cancel();
 }
 
-void MFCUST::issueCard() {
+void MFCUST::issueCard(const QString& code, const QString& name) {
     card::WidgetPrompts prompts(this);
-    switch (members::issueCard(m_session, prompts)) {
+    switch (members::issueCard(m_session, prompts, code, name)) {
     case members::CardIssue::DeviceFailed:
         showError(this, u"Error Reading Card Device !!!"_s);
         break;
@@ -464,10 +461,8 @@ void MFCUST::issueCard() {
 }
 
 void MFCUST::search() {
-    members::setMemberSearchLookup(m_session);
-    showScreen(Screen::Lookup, m_session, this);
-    if (m_session.DialogAccepted)
-        m_model->showOnly(m_session.CurrentCode);
+    if (const auto picked = pickFromLookup(m_session, members::memberSearchLookup(), this))
+        m_model->showOnly(*picked);
     else
         m_model->showAll();
     reload();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "members/entryboxes.h"
+#include "shell/entryboxes.h"
 
 #include <QDialog>
 
@@ -42,7 +42,7 @@ protected:
 
 private:
     void buildControls();
-    void open();
+    void load();
     void reload();
     void moveTo(int row);
     void clearBoxes();
@@ -61,7 +61,7 @@ private:
     void remove();
     void save();
     void search();
-    void issueCard();
+    void issueCard(const QString& code, const QString& name);
 
     SessionSettings& m_session;
     std::array<QLineEdit*, 13> TXT{};

@@ -13,13 +13,11 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-#include <utility>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace pondar {
 
-SEAFORM::SEAFORM(SessionSettings& session, QWidget* parent)
+SEAFORM::SEAFORM(SessionSettings& session, const db::Statement& lookup, QWidget* parent)
     : QDialog(parent)
     , m_session(session)
     , DataGrid1(new QTableView(this))
@@ -52,16 +50,13 @@ SEAFORM::SEAFORM(SessionSettings& session, QWidget* parent)
     layout->addLayout(buttons);
     resize(520, 360);
 
-    guarded(this, [&] {
-        const QVariantList values = std::exchange(m_session.LookupValues, {});
-        fill(m_session.LookupQuery, values);
-    });
+    guarded(this, [&] { fill(lookup); });
 }
 
-void SEAFORM::fill(const QString& sql, const QVariantList& values) {
+void SEAFORM::fill(const db::Statement& lookup) {
     DataGrid1->setEnabled(false);
     m_model->clear();
-    m_model->setQuery(db::scrollable(m_session.Conn, sql, values));
+    m_model->setQuery(db::scrollable(m_session.Conn, lookup.sql, lookup.values));
     DataGrid1->setColumnWidth(0, members::twipsToPixels(2000));
     DataGrid1->setColumnWidth(1, members::twipsToPixels(4500));
     if (m_model->rowCount() == 0)
@@ -72,8 +67,7 @@ void SEAFORM::fill(const QString& sql, const QVariantList& values) {
 }
 
 void SEAFORM::showEvent(QShowEvent* event) {
-    m_session.DialogAccepted = false;
-    m_session.CurrentCode.clear();
+    m_picked.clear();
     QDialog::showEvent(event);
 }
 
@@ -97,15 +91,8 @@ void SEAFORM::pick() {
     const QModelIndex current = DataGrid1->currentIndex();
     if (!DataGrid1->isEnabled() || !current.isValid())
         return;
-    m_session.CurrentCode = m_model->index(current.row(), 0).data(Qt::DisplayRole).toString();
-    m_session.DialogAccepted = true;
+    m_picked = m_model->index(current.row(), 0).data(Qt::DisplayRole).toString();
     accept();
-}
-
-void SEAFORM::reject() {
-    // Escape, "&Close" and the window's close button: nothing picked.
-    m_session.CurrentCode.clear();
-    QDialog::reject();
 }
 
 } // namespace pondar

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <QDialog>
-#include <QVariantList>
+
+#include "shell/database.h"
 
 class QPushButton;
 class QSqlQueryModel;
@@ -11,18 +12,18 @@ namespace pondar {
 
 struct SessionSettings;
 
-// The pick list: shows the rows of session.LookupQuery (code, name) and hands the code of the
-// row picked back in session.CurrentCode with session.DialogAccepted set.
+// The pick list: shows the rows of a two-column statement (code, name); exec() returns Accepted
+// once a row is picked, and picked() is then its code. Each showing starts with nothing picked.
 class SEAFORM final : public QDialog {
     Q_OBJECT
 
 public:
-    explicit SEAFORM(SessionSettings& session, QWidget* parent = nullptr);
+    SEAFORM(SessionSettings& session, const db::Statement& lookup, QWidget* parent = nullptr);
 
     // Loads a two-column statement into the grid; the grid is usable only when rows came back.
-    void fill(const QString& sql, const QVariantList& values = {});
+    void fill(const db::Statement& lookup);
 
-    void reject() override;
+    const QString& picked() const { return m_picked; }
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -32,6 +33,7 @@ private:
     void pick();
 
     SessionSettings& m_session;
+    QString m_picked;
     QTableView* DataGrid1;
     QPushButton* Command1;
     QSqlQueryModel* m_model;

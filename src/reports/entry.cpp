@@ -7,31 +7,24 @@
 
 namespace pondar {
 
-bool showReportScreen(Screen screen, SessionSettings& session, QWidget* parent) {
-    switch (screen) {
-    case Screen::Slip: {
-        reports::SlipForm form(session, parent);
-        form.run();
-        return true;
-    }
-    case Screen::EndOfDay: {
-        reports::EodForm form(session, parent);
-        form.exec();
-        return true;
-    }
-    case Screen::MemberReport: {
-        reports::MemberReportForm form(session, parent);
-        form.exec();
-        return true;
-    }
-    case Screen::Log: {
-        reports::LogForm form(session, parent);
-        form.exec();
-        return true;
-    }
-    default:
-        return false;
-    }
+void showSlip(SessionSettings& session, const reports::SlipRequest& request, QWidget* parent) {
+    reports::SlipForm form(session, request, parent);
+    form.run();
+}
+
+void showEndOfDay(SessionSettings& session, QWidget* parent) {
+    reports::EodForm form(session, parent);
+    form.exec();
+}
+
+void showMemberReport(SessionSettings& session, QWidget* parent) {
+    reports::MemberReportForm form(session, parent);
+    form.exec();
+}
+
+void showLogViewer(SessionSettings& session, QWidget* parent) {
+    reports::LogForm form(session, parent);
+    form.exec();
 }
 
 } // namespace pondar

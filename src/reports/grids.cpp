@@ -12,12 +12,10 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::reports {
 
-QString memberLookupQuery(const QString& typed) {
-    QString literal = typed;
-    literal.replace(u"'"_s, u"''"_s);
-    return u"Select MemberCode as [CardNo],MemberName as [Name] from tloy_mt_member"
-           " where NonActive=0 and   MemberCode like '"_s +
-           literal + u"%' order by MemberCode"_s;
+db::Statement memberLookup(const QString& typed) {
+    return {u"Select MemberCode as [CardNo],MemberName as [Name] from tloy_mt_member"
+            " where NonActive=0 and   MemberCode like ? order by MemberCode"_s,
+            {QString(typed + u'%')}};
 }
 
 QSqlQuery memberTransactions(const QSqlDatabase& db, const QString& cardNo, QDate from, QDate to) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/database.h"
+
 #include <QDate>
 #include <QList>
 #include <QSqlDatabase>
@@ -9,9 +11,8 @@
 namespace pondar::reports {
 
 // The lookup statement of the member report's code box: active members whose code begins with
-// what was typed. The lookup grid takes a statement text, so a quote typed in the box is
-// doubled here and can never end the literal.
-QString memberLookupQuery(const QString& typed);
+// what was typed, bound as a value.
+db::Statement memberLookup(const QString& typed);
 
 // One member's lines (every bill type) from the from-date at 00:00:01 to the to-date at
 // 23:59:59, oldest first; columns ID, Type, Date, Ref, Value, TrsNo. The card number is

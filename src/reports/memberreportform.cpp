@@ -1,6 +1,7 @@
 #include "reports/memberreportform.h"
 
 #include "reports/grids.h"
+#include "reports/slip.h"
 #include "reports/widgets.h"
 #include "shell/gridmodel.h"
 #include "shell/messages.h"
@@ -103,9 +104,8 @@ bool MemberReportForm::eventFilter(QObject* watched, QEvent* event) {
 
 void MemberReportForm::lookup() {
     guarded(this, [&] {
-        m_session.LookupQuery = memberLookupQuery(TXT->text());
-        if (showScreen(Screen::Lookup, m_session, this) && m_session.DialogAccepted)
-            TXT->setText(m_session.CurrentCode);
+        if (const auto picked = pickFromLookup(m_session, memberLookup(TXT->text()), this))
+            TXT->setText(*picked);
         TXT->setFocus();
     });
 }
@@ -143,9 +143,9 @@ void MemberReportForm::reopenSlip() {
     guarded(this, [&] {
         const QModelIndex current = MData->currentIndex();
         const int row = current.isValid() ? current.row() : 0;
-        m_session.SlipRefNo = m_model->data(m_model->index(row, TrsNo)).toString();
-        m_session.SlipAction.clear(); // a reprint is previewed; it has its own print button
-        showScreen(Screen::Slip, m_session, this);
+        // A reprint is previewed; it has its own print button.
+        const QString refNo = m_model->data(m_model->index(row, TrsNo)).toString();
+        showSlip(m_session, SlipRequest{TransactionSlip{refNo, std::nullopt}, false}, this);
     });
 }
 

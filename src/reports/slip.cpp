@@ -32,7 +32,8 @@ bool nonZero(const QVariant& value) {
 
 } // namespace
 
-QString transactionSlip(const QSqlDatabase& db, const QString& refNo, const QString& mode) {
+QString transactionSlip(const QSqlDatabase& db, const QString& refNo,
+                        std::optional<TransactionMode> mode) {
     QSqlQuery q = db::exec(
         db, u"Select * from Customize_Transaction where Billtype <> 'PED' AND RefTrsNo=?"_s,
         {refNo});
@@ -56,20 +57,23 @@ QString transactionSlip(const QSqlDatabase& db, const QString& refNo, const QStr
         slip.line(u"Desc.    : "_s + value(u"Remark"_s).toString());
     slip.line(u"Previous Value : "_s + moneyText(value(u"PreviousValue"_s)));
 
+    if (!mode)
+        mode = modeOfLine(value(u"Billtype"_s).toString());
     const QVariant pending = value(u"PendingValue"_s);
-    if (mode == u"TOPUP"_s) {
+    if (mode == TransactionMode::TopUp) {
         if (nonZero(pending))
             slip.line(u"Pending Topup  : "_s + moneyText(pending));
         slip.line(u"Topup Value    : "_s + moneyText(value(u"TopupValue"_s)));
         if (nonZero(value(u"ExtraValue"_s)))
             slip.line(u"Extra Value    : "_s + moneyText(value(u"ExtraValue"_s)));
         slip.line(u"New Balance    : "_s + moneyText(value(u"NewValue"_s)));
-    } else if (mode == u"WITHDRAW"_s || mode == u"ADJUSTMENT"_s) {
+    } else if (mode == TransactionMode::Withdraw || mode == TransactionMode::Adjustment) {
         // These labels are one column narrower than the top-up ones; slips always looked so.
         if (nonZero(pending))
             slip.line(u"Pending Topup : "_s + moneyText(pending));
-        slip.line((mode == u"WITHDRAW"_s ? u"Withdraw Value: "_s : u"Adjusted Value: "_s) +
-                  moneyText(value(u"PValue"_s)));
+        slip.line(
+            (mode == TransactionMode::Withdraw ? u"Withdraw Value: "_s : u"Adjusted Value: "_s) +
+            moneyText(value(u"PValue"_s)));
         slip.line(u"New Balance   : "_s + moneyText(value(u"NewValue"_s)));
     }
     slip.rule();

@@ -1,6 +1,5 @@
 #include "reports/slipform.h"
 
-#include "reports/slip.h"
 #include "reports/widgets.h"
 #include "shell/messages.h"
 #include "shell/session.h"
@@ -14,9 +13,10 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::reports {
 
-SlipForm::SlipForm(SessionSettings& session, QWidget* parent)
+SlipForm::SlipForm(SessionSettings& session, SlipRequest request, QWidget* parent)
     : QDialog(parent)
     , m_session(session)
+    , m_request(std::move(request))
     , RTF(previewBox(this))
     , Command1(button(u"Command1"_s, u"&Print"_s, this))
     , Command2(button(u"Command2"_s, u"&Close"_s, this)) {
@@ -42,7 +42,7 @@ SlipForm::SlipForm(SessionSettings& session, QWidget* parent)
 
 void SlipForm::run() {
     guarded(this, [&] { build(); });
-    if (m_session.SlipAction == u"PRINT"_s) {
+    if (m_request.printAtOnce) {
         // Printed slips are never seen; a failed print has shown its message and the form
         // goes all the same.
         done(print() ? Accepted : Rejected);
@@ -51,19 +51,15 @@ void SlipForm::run() {
     exec();
 }
 
-void SlipForm::done(int result) {
-    m_session.SlipAction.clear();
-    QDialog::done(result);
-}
-
 void SlipForm::build() {
     m_text.clear();
     RTF->clear();
-    if (m_session.SlipRefNo != u"ENQUIRY"_s)
-        m_text = transactionSlip(m_session.Conn, m_session.SlipRefNo, m_session.TransactionMode);
-    else
-        m_text = enquirySlip(m_session.EnquiryCardNo, m_session.EnquiryName,
-                             m_session.EnquiryBalance, m_session.now());
+    if (const auto* line = std::get_if<TransactionSlip>(&m_request.slip)) {
+        m_text = transactionSlip(m_session.Conn, line->refNo, line->mode);
+    } else {
+        const auto& enquiry = std::get<EnquirySlip>(m_request.slip);
+        m_text = enquirySlip(enquiry.cardNo, enquiry.name, enquiry.balance, m_session.now());
+    }
     showPreview(RTF, m_text);
 }
 

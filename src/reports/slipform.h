@@ -1,5 +1,7 @@
 #pragma once
 
+#include "reports/slip.h"
+
 #include <QDialog>
 #include <QString>
 
@@ -12,24 +14,22 @@ struct SessionSettings;
 
 namespace reports {
 
-// PFORM: the slip of session.SlipRefNo ("ENQUIRY" for a balance enquiry) in preview. With
-// session.SlipAction "PRINT" it prints at once and closes without being seen. Closing always
-// clears SlipAction, so the next slip previews unless its caller asks again.
+// PFORM: a slip in preview, or, when the request says so, printed at once and closed without
+// being seen.
 class SlipForm final : public QDialog {
     Q_OBJECT
 public:
-    SlipForm(SessionSettings& session, QWidget* parent = nullptr);
+    SlipForm(SessionSettings& session, SlipRequest request, QWidget* parent = nullptr);
     // Builds the slip, then prints at once or shows the preview until closed.
     void run();
     const QString& slipText() const { return m_text; }
-
-    void done(int result) override;
 
 private:
     void build();
     bool print();
 
     SessionSettings& m_session;
+    SlipRequest m_request;
     QString m_text;
     QPlainTextEdit* RTF;
     QPushButton* Command1;

@@ -18,6 +18,12 @@ public:
     using Error::Error;
 };
 
+// A statement and the values bound, in order, to its "?" placeholders.
+struct Statement {
+    QString sql;
+    QVariantList values;
+};
+
 // The engine behind a connection, whichever Qt driver reaches it: the Qt SQLite driver, or ODBC
 // to SQL Server (FreeTDS, the vendor's driver) or to SQLite (the SQLite ODBC driver).
 enum class Dialect { SQLite, SqlServer };

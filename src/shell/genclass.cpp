@@ -20,12 +20,6 @@ struct GenClass::Impl {
         db::ensureSchema(session.Conn);
         schemaReadyFor = key;
     }
-
-    // Shows the transaction screen in a mode, returning whether it opened.
-    bool transaction(const QString& mode) {
-        session.TransactionMode = mode;
-        return showScreen(Screen::Transaction, session);
-    }
 };
 
 GenClass::GenClass()
@@ -49,45 +43,48 @@ bool GenClass::StartApp(const QString& CStaffCode, const QString& bConnString,
     s.IniPath = IniPath;
     loadSettings(s);
     d->adopt(CConn);
-    s.TransactionOk = false;
     s.AppValue = CAppValue;
     s.TrsNo = CTrsNo;
     s.BillNo = CBillNo;
 
     if (CAppType == u"MAINMENU"_s) {
         s.AppValue = Currency();
-        showScreen(Screen::MainMenu, s);
+        showMainMenu(s);
         return false;
     }
     if (CAppType == u"MEMBER"_s) {
-        showScreen(Screen::Member, s);
-        return false;
-    }
-    if (CAppType == u"TOPUP"_s) {
-        s.TransactionMode = u"TOPUP"_s;
-        if (!showScreen(Screen::StaffEntry, s) || !s.DialogAccepted)
-            return false;
-        return showScreen(Screen::Transaction, s) && s.TransactionOk;
-    }
-    if (CAppType == u"WITHDRAW"_s)
-        return d->transaction(CAppType) && s.TransactionOk;
-    if (CAppType == u"ADJUSTMENT"_s || CAppType == u"ENQUIRY"_s) {
-        d->transaction(CAppType);
+        showMemberRegister(s);
         return false;
     }
     if (CAppType == u"LOG"_s) {
-        showScreen(Screen::Log, s);
+        showLogViewer(s);
         return false;
     }
     if (CAppType == u"EOD"_s) {
-        showScreen(Screen::EndOfDay, s);
+        showEndOfDay(s);
+        return false;
+    }
+    const std::optional<TransactionMode> mode = modeFromText(CAppType);
+    if (!mode)
+        return false;
+    switch (*mode) {
+    case TransactionMode::TopUp: {
+        const std::optional<StaffMember> staff = askStaffMember(s);
+        return staff && runTransaction(s, *mode, staff->code);
+    }
+    case TransactionMode::Withdraw:
+        return runTransaction(s, *mode);
+    case TransactionMode::Adjustment:
+    case TransactionMode::Enquiry:
+        // Only the two money-moving modes report success to the host.
+        runTransaction(s, *mode);
         return false;
     }
     return false;
 }
 
 bool GenClass::ShowEnquiry() {
-    showScreen(Screen::Balance, d->session);
+    showBalanceDisplay(d->session);
     return false;
 }
 

@@ -42,39 +42,35 @@ MAINMENU::MAINMENU(SessionSettings& session, QWidget* parent)
 
 void MAINMENU::clicked(int index) {
     guarded(this, [&] {
-        auto transaction = [&](const QString& mode) {
-            m_session.TransactionMode = mode;
-            showScreen(Screen::Transaction, m_session, this);
-        };
         switch (index) {
         case 0:
-            m_session.TransactionMode = u"TOPUP"_s;
-            if (showScreen(Screen::StaffEntry, m_session, this) && m_session.DialogAccepted)
-                showScreen(Screen::Transaction, m_session, this);
+            // The outcome of a Save started here is not handed back: the menu returns false.
+            if (const auto staff = askStaffMember(m_session, this))
+                runTransaction(m_session, TransactionMode::TopUp, staff->code, this);
             break;
         case 1:
-            transaction(u"WITHDRAW"_s);
+            runTransaction(m_session, TransactionMode::Withdraw, {}, this);
             break;
         case 2:
-            transaction(u"ADJUSTMENT"_s);
+            runTransaction(m_session, TransactionMode::Adjustment, {}, this);
             break;
         case 3:
-            transaction(u"ENQUIRY"_s);
+            runTransaction(m_session, TransactionMode::Enquiry, {}, this);
             break;
         case 4:
-            showScreen(Screen::Member, m_session, this);
+            showMemberRegister(m_session, this);
             break;
         case 5:
             accept();
             break;
         case 6:
-            showScreen(Screen::EndOfDay, m_session, this);
+            showEndOfDay(m_session, this);
             break;
         case 7:
-            showScreen(Screen::Log, m_session, this);
+            showLogViewer(m_session, this);
             break;
         case 8:
-            showScreen(Screen::MemberReport, m_session, this);
+            showMemberReport(m_session, this);
             break;
         default:
             break;

@@ -5,7 +5,6 @@
 #include <QDateTime>
 #include <QSqlDatabase>
 #include <QString>
-#include <QVariantList>
 
 #include <cstdint>
 #include <functional>
@@ -17,9 +16,10 @@ namespace card {
 class ReaderLibrary;
 }
 
-// The values every screen shares for the life of the component: the particulars StartApp was
-// given, the rates of the settings file, and what one screen hands to the next. Screens get it
-// passed in; nothing reaches it through a global.
+// What lives as long as the component: the particulars StartApp was given, the rates of the
+// settings file, the host's connection, the reader and the clock. Screens get it passed in;
+// nothing reaches it through a global. What one screen decides for another travels as a return
+// value, never through here.
 struct SessionSettings {
     // StartApp particulars, in the order StartApp sets them.
     QString StaffCode;
@@ -35,31 +35,9 @@ struct SessionSettings {
     Currency ServerComm;
 
     QSqlDatabase Conn;
-    bool TransactionOk = false;
-    Currency AppValue;
+    Currency AppValue; // the host's proposed amount; 0 in the main menu
     QString TrsNo;
     QString BillNo;
-    QString TransactionMode;
-
-    // Handed between screens.
-    bool DialogAccepted = false;
-    QString LookupQuery;
-    // Values bound, in order, to LookupQuery's "?" placeholders. The lookup grid empties them
-    // once it has run the query, so a caller that sets only LookupQuery binds nothing.
-    QVariantList LookupValues;
-    QString CurrentCode;
-    QString CurrentName;
-    QString CommStaffCode;
-    QString CommStaffName;
-    QString SlipRefNo;
-    QString SlipAction;
-    // What the transaction screen shows, for the enquiry slip (SlipRefNo "ENQUIRY").
-    QString EnquiryCardNo;
-    QString EnquiryName;
-    Currency EnquiryBalance;
-    QString IntroducerCode;  // the member's introducer, read by the transaction screen
-    QString CurrentCardNo;   // the card last read by the balance display
-    QString ConfirmQuestion; // the last card-value question asked
 
     // Reader fields. Reader is the reader library in use, made on first use from PONDAR_READER.
     std::shared_ptr<card::ReaderLibrary> Reader;

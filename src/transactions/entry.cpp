@@ -3,12 +3,11 @@
 
 namespace pondar {
 
-bool showTransactionScreen(Screen screen, SessionSettings& session, QWidget* parent) {
-    if (screen != Screen::Transaction)
-        return false;
-    MFMAIN form(session, parent);
+bool runTransaction(SessionSettings& session, TransactionMode mode, const QString& staffCode,
+                    QWidget* parent) {
+    MFMAIN form(session, mode, staffCode, parent);
     form.exec();
-    return true;
+    return form.transactionOk();
 }
 
 } // namespace pondar

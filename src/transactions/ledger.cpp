@@ -24,13 +24,13 @@ MemberExtras LoadMemberExtras(const QSqlDatabase& db, const QString& cardNo) {
     return extras;
 }
 
-void AddIntroducerCredit(const SessionSettings& session, Currency topUp, const QString& refNo) {
+void AddIntroducerCredit(const SessionSettings& session, const QString& introducer, Currency topUp,
+                         const QString& refNo) {
     // An empty code is stored as '' (not NULL), so the row still groups under "no introducer".
-    const QString introducer = session.IntroducerCode.isNull() ? u""_s : session.IntroducerCode;
     db::exec(session.Conn,
              u"INSERT INTO Customize_Topup (cardNo,DateInput,UpdateStatus,FValue,TrsNo,RefTrsNo) "
              "VALUES (?,?,0,?,?,?)"_s,
-             {introducer, bizDateValue(session.BzDate),
+             {introducer.isNull() ? u""_s : introducer, bizDateValue(session.BzDate),
               db::bindMoney(topUp.percent(session.DownComm)),
               session.TrsNo.isNull() ? u""_s : session.TrsNo, refNo});
 }

@@ -19,17 +19,17 @@ struct MemberExtras {
     Currency pending;   // the card's pending top-ups
 };
 
-// The member's introducer and the card's pending total. The screen shows both and copies the
-// introducer into session.IntroducerCode, which the introducer credit reads.
+// The member's introducer and the card's pending total.
 MemberExtras LoadMemberExtras(const QSqlDatabase& db, const QString& cardNo);
 
 // The card's pending total is the one the balance display shows.
 using card::pendingBalance;
 
-// Credits session.IntroducerCode with topUp x DownComm / 100 as a pending top-up under the
+// Credits the member's introducer with topUp x DownComm / 100 as a pending top-up under the
 // top-up's reference. The row is written even with no introducer (an empty card number) and
 // with DownComm 0 (a row of 0), as the reports expect one row per top-up.
-void AddIntroducerCredit(const SessionSettings& session, Currency topUp, const QString& refNo);
+void AddIntroducerCredit(const SessionSettings& session, const QString& introducer, Currency topUp,
+                         const QString& refNo);
 
 // The grids' statements, executed and ready for a model: the card's pending top-ups
 // (columns Date, Ref, Value) and its transaction history (Type, Date, Receipt, Value, Ref).

@@ -44,14 +44,18 @@ QTableView* makeGrid(const QString& name, QWidget* parent) {
 
 } // namespace
 
-MFMAIN::MFMAIN(SessionSettings& session, QWidget* parent)
+MFMAIN::MFMAIN(SessionSettings& session, TransactionMode mode, const QString& staffCode,
+               QWidget* parent)
     : QDialog(parent)
     , m_session(session)
+    , m_mode(mode)
+    , m_staffCode(staffCode)
     , m_prompts(this)
     , m_card(session, m_prompts)
     , m_entry(new EntryBoxes(this)) {
     setObjectName(u"MFMAIN"_s);
     setWindowTitle(u"Mifare Entry"_s);
+    setProperty("TransactionMode", modeText(mode));
 
     LTITLE = new QLabel(u"Place your mifare card now and press connect button"_s, this);
     LTITLE->setObjectName(u"LTITLE"_s);
@@ -86,7 +90,7 @@ MFMAIN::MFMAIN(SessionSettings& session, QWidget* parent)
                     printEnquiry();
                     break;
                 default:
-                    save(i);
+                    save();
                 }
             });
         });
@@ -201,21 +205,25 @@ void MFMAIN::activate() {
     CBUT[5]->setEnabled(false);
     for (int tab : {TopUpTab, WithdrawTab, AdjustmentTab})
         STab->setTabEnabled(tab, false);
-    const QString& mode = m_session.TransactionMode;
-    if (mode == u"TOPUP"_s) {
+    switch (m_mode) {
+    case TransactionMode::TopUp:
         STab->setTabEnabled(TopUpTab, true);
         TXT[txt::TopUp]->setText(m_session.AppValue.format());
-        STCODE->setText(m_session.CommStaffCode);
+        STCODE->setText(m_staffCode);
         STab->setCurrentIndex(TopUpTab);
-    } else if (mode == u"WITHDRAW"_s) {
+        break;
+    case TransactionMode::Withdraw:
         STab->setTabEnabled(WithdrawTab, true);
         TXT[txt::Withdraw]->setText(m_session.AppValue.format());
         STab->setCurrentIndex(WithdrawTab);
-    } else if (mode == u"ADJUSTMENT"_s) {
+        break;
+    case TransactionMode::Adjustment:
         STab->setTabEnabled(AdjustmentTab, true);
         STab->setCurrentIndex(AdjustmentTab);
-    } else {
+        break;
+    case TransactionMode::Enquiry:
         STab->setCurrentIndex(HistoryTab);
+        break;
     }
     CBUT[2]->setFocus();
 }
@@ -244,16 +252,21 @@ bool MFMAIN::ReadCardToScreen() {
     TXT[txt::Balance]->setText(data.balance.format());
     m_serialRead = m_session.CardSerial;
 
-    const QString& mode = m_session.TransactionMode;
-    const int focus = mode == u"TOPUP"_s        ? txt::TopUp
-                      : mode == u"WITHDRAW"_s   ? txt::Withdraw
-                      : mode == u"ADJUSTMENT"_s ? txt::AdjustIn
-                                                : -1;
-    if (focus >= 0) {
-        STab->setCurrentIndex(focus == txt::TopUp      ? TopUpTab
-                              : focus == txt::Withdraw ? WithdrawTab
-                                                       : AdjustmentTab);
-        focusBox(focus);
+    switch (m_mode) {
+    case TransactionMode::TopUp:
+        STab->setCurrentIndex(TopUpTab);
+        focusBox(txt::TopUp);
+        break;
+    case TransactionMode::Withdraw:
+        STab->setCurrentIndex(WithdrawTab);
+        focusBox(txt::Withdraw);
+        break;
+    case TransactionMode::Adjustment:
+        STab->setCurrentIndex(AdjustmentTab);
+        focusBox(txt::AdjustIn);
+        break;
+    case TransactionMode::Enquiry:
+        break;
     }
     LoadMemberExtras(data.code);
     return true;
@@ -272,11 +285,9 @@ void MFMAIN::connectClicked() {
 void MFMAIN::LoadMemberExtras(const QString& cardNo) {
     TXT[txt::Pending]->setText(u"0.00"_s);
     DownLineCode->clear();
-    m_session.IntroducerCode.clear();
     const MemberExtras extras = pondar::LoadMemberExtras(m_session.Conn, cardNo);
     m_memberFound = extras.found;
     DownLineCode->setText(extras.introducer);
-    m_session.IntroducerCode = extras.introducer;
     TXT[txt::Pending]->setText(extras.pending.format());
     refreshPending();
 }
@@ -323,72 +334,40 @@ void MFMAIN::focusBox(int index) {
     TXT[index]->selectAll();
 }
 
-void MFMAIN::save(int index) {
-    m_session.TransactionOk = false;
-    const TransactionBoxes typed = boxes();
-    const SaveDecision decision = index == 1   ? planTopUp(typed)
-                                  : index == 3 ? planWithdraw(typed)
-                                               : planAdjustment(typed);
-    if (!decision.plan) {
-        showError(this, decision.refusal.text, decision.refusal.title);
-        focusBox(decision.refusal.focus);
+void MFMAIN::save() {
+    using Status = SaveOutcome::Status;
+    m_transactionOk = false;
+    const ConnectedCard connected{m_serialRead, TXT[txt::CardNo]->text(), TXT[txt::Balance]->text(),
+                                  m_memberFound};
+    TransactionSave service(m_session, m_prompts);
+    const SaveOutcome outcome = service.save(m_mode, boxes(), connected);
+    switch (outcome.status) {
+    case Status::Refused:
+    case Status::NotWritten:
+        showError(this, outcome.message, outcome.title);
+        focusBox(outcome.focus);
         return;
-    }
-    // Without a member read by Connect there is no balance to build on.
-    if (!m_memberFound) {
-        showError(this, NotAMember);
-        return;
-    }
-    const SavePlan& plan = *decision.plan;
-    if (!sameCardOnReader())
-        return;
-    if (!m_card.confirmAndWriteValue(plan.billType, plan.writeValue, plan.newValue)) {
-        showError(this, u"Error Writing to Card !!!"_s);
-        return;
-    }
-
-    // The card holds the new value from here on: whatever happens next must not offer the
-    // same Save again.
-    m_form.boxes = typed;
-    const SaveOutcome outcome = saveTransaction(m_session, m_form, plan);
-    if (!outcome.ok) {
+    case Status::Unposted:
+        // The card holds the new value: nothing may offer the same Save again.
         for (int i : {1, 3, 4})
             CBUT[i]->setEnabled(false);
-        showError(this, outcome.message);
+        showError(this, outcome.message, outcome.title);
         ReadCardToScreen();
         return;
+    case Status::Posted:
+        break;
     }
-    guarded(this, [&] { showScreen(Screen::Slip, m_session, this); });
+    m_transactionOk = true;
+    guarded(this, [&] { showSlip(m_session, outcome.slip, this); });
     if (ReadCardToScreen())
         refreshHistory();
     accept();
 }
 
-// The card on the reader must be the one Connect read, still holding the balance shown:
-// a card swapped or topped up elsewhere in between would otherwise receive another card's value.
-bool MFMAIN::sameCardOnReader() {
-    card::SilentPrompts silent;
-    card::MemberCard check(m_session, silent);
-    card::CardData data;
-    const card::ReadResult result = check.read(data);
-    if (result != card::ReadResult::Ok) {
-        showError(this, u"Error Writing to Card !!!"_s);
-        return false;
-    }
-    if (m_session.CardSerial != m_serialRead || data.code != TXT[txt::CardNo]->text() ||
-        data.balance.format() != TXT[txt::Balance]->text()) {
-        showError(this, u"Card on the reader is not the card read, press Connect again !!!"_s);
-        return false;
-    }
-    return true;
-}
-
 void MFMAIN::printEnquiry() {
-    m_session.EnquiryCardNo = TXT[txt::CardNo]->text();
-    m_session.EnquiryName = TXT[txt::Name]->text();
-    m_session.EnquiryBalance = Currency::parse(TXT[txt::Balance]->text());
-    m_session.SlipRefNo = u"ENQUIRY"_s;
-    showScreen(Screen::Slip, m_session, this);
+    const reports::EnquirySlip enquiry{TXT[txt::CardNo]->text(), TXT[txt::Name]->text(),
+                                       Currency::parse(TXT[txt::Balance]->text())};
+    showSlip(m_session, reports::SlipRequest{enquiry, false}, this);
 }
 
 void MFMAIN::amountLeft(int index) {
@@ -417,11 +396,10 @@ EntryBoxes::Outcome MFMAIN::staffCodeLeft() {
 }
 
 void MFMAIN::staffLookup() {
-    members::setStaffLookup(m_session);
-    showScreen(Screen::Lookup, m_session, this);
-    if (!m_session.DialogAccepted)
+    const std::optional<QString> picked = pickFromLookup(m_session, members::staffLookup(), this);
+    if (!picked)
         return;
-    STCODE->setText(m_session.CurrentCode);
+    STCODE->setText(*picked);
     sendTab(STCODE);
 }
 

@@ -2,8 +2,9 @@
 
 #include "card/membercard.h"
 #include "card/widgetprompts.h"
-#include "members/entryboxes.h"
-#include "transactions/posting.h"
+#include "shell/entryboxes.h"
+#include "shell/modes.h"
+#include "transactions/saveplan.h"
 
 #include <QDialog>
 
@@ -21,14 +22,19 @@ struct SessionSettings;
 class GridModel;
 
 // The transaction screen: the operator reads a member's card with Connect, types an amount on
-// the tab of the session's TransactionMode and saves it. A Save writes the card first and posts
-// only what the card took; the screen closes itself after a posted Save.
+// the tab of the screen's mode and saves it. The Save itself is TransactionSave's; the screen
+// reads its boxes, hands them over and shows the outcome. It closes itself after a posted Save.
 class MFMAIN final : public QDialog {
     Q_OBJECT
 
 public:
-    explicit MFMAIN(SessionSettings& session, QWidget* parent = nullptr);
+    // A top-up starts with the staff member chosen at staff entry in its staff box.
+    MFMAIN(SessionSettings& session, TransactionMode mode, const QString& staffCode,
+           QWidget* parent = nullptr);
     ~MFMAIN() override;
+
+    // Whether a Save was written to a card and posted while the screen was open.
+    bool transactionOk() const { return m_transactionOk; }
 
     void done(int result) override;
 
@@ -48,8 +54,7 @@ private:
     void refreshHistory();
     void refreshPending();
 
-    void save(int index);
-    bool sameCardOnReader();
+    void save();
     void printEnquiry();
     TransactionBoxes boxes() const;
     void focusBox(int index);
@@ -59,10 +64,12 @@ private:
     void staffLookup();
 
     SessionSettings& m_session;
+    const TransactionMode m_mode;
+    const QString m_staffCode;
+    bool m_transactionOk = false;
     card::WidgetPrompts m_prompts;
     card::MemberCard m_card;
     EntryBoxes* m_entry;
-    TransactionForm m_form;
     bool m_memberFound = false;
     QString m_serialRead; // the serial of the card Connect read, so Save can tell a swapped card
 

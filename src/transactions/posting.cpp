@@ -29,8 +29,8 @@ void step(QStringList* done, const QString& name) {
 
 } // namespace
 
-void PostTransaction(const SessionSettings& session, TransactionForm& form, const SavePlan& plan,
-                     QStringList* done) {
+void PostTransaction(const SessionSettings& session, TransactionMode mode, TransactionForm& form,
+                     const SavePlan& plan, QStringList* done) {
     const TransactionBoxes& b = form.boxes;
     const QVariant trsDate = bizDateValue(session.BzDate);
     const Currency pending = Currency::parse(b.pending);
@@ -42,8 +42,8 @@ void PostTransaction(const SessionSettings& session, TransactionForm& form, cons
                  "(TrsOutlet,RefTrsNo,CardNo,Name,TrsDate,TrsNo,Billtype,PValue) "
                  "VALUES (?,?,?,?,?,?,?,?)"_s,
                  {textValue(session.OutletCode), form.currentRef, textValue(b.cardNo),
-                  textValue(b.name), trsDate, textValue(session.TrsNo), u"PED"_s,
-                  db::bindMoney(pending)});
+                  textValue(b.name), trsDate, textValue(session.TrsNo),
+                  billTypeCode(BillType::Pending), db::bindMoney(pending)});
         step(done, u"PED line"_s);
         // Every pending row of the card, also rows added after the screen read the pending
         // total. Rows settled earlier keep their settlement date, and the statement touches only
@@ -55,7 +55,7 @@ void PostTransaction(const SessionSettings& session, TransactionForm& form, cons
         step(done, u"pending top-ups settled"_s);
     }
 
-    const bool valueIn = plan.billType == u"IN"_s || plan.billType == u"AIN"_s;
+    const bool valueIn = plan.billType == BillType::In || plan.billType == BillType::AdjustIn;
     form.currentRef = MakeRefNo(session.now(), b.cardNo, b.introducer);
     db::exec(session.Conn,
              u"INSERT INTO Customize_Transaction "
@@ -65,13 +65,13 @@ void PostTransaction(const SessionSettings& session, TransactionForm& form, cons
              {db::bindMoney(Currency::parse(b.balance)), db::bindMoney(plan.newValue),
               textValue(session.OutletCode), form.currentRef, textValue(b.cardNo),
               textValue(b.name), trsDate, textValue(session.TrsNo), textValue(session.BillNo),
-              plan.billType, db::bindMoney(pending),
+              billTypeCode(plan.billType), db::bindMoney(pending),
               db::bindMoney(valueIn ? plan.writeValue : -plan.writeValue),
               valueIn ? db::bindMoney(Currency::parse(b.topUp)) : unset(),
               valueIn ? db::bindMoney(Currency::parse(b.extra)) : unset(), textValue(b.remark)});
-    step(done, plan.billType + u" line"_s);
+    step(done, billTypeCode(plan.billType) + u" line"_s);
 
-    if (session.TransactionMode == u"TOPUP"_s) {
+    if (mode == TransactionMode::TopUp) {
         // On the paid top-up only; the extra value earns no commission.
         const Currency topUp = Currency::parse(b.topUp);
         db::exec(session.Conn,
@@ -84,25 +84,24 @@ void PostTransaction(const SessionSettings& session, TransactionForm& form, cons
         step(done, u"staff commission line"_s);
     }
 
-    writeLog(session, transactionLogText(session.TransactionMode, plan.billType, b));
+    writeLog(session, transactionLogText(mode, plan.billType, b));
     step(done, u"activity log"_s);
 }
 
-QString transactionLogText(const QString& mode, const QString& billType,
-                           const TransactionBoxes& b) {
+QString transactionLogText(TransactionMode mode, BillType billType, const TransactionBoxes& b) {
     const QString card = u" to CardNo : "_s + b.cardNo + u'/' + b.name;
-    if (mode == u"TOPUP"_s) {
+    if (mode == TransactionMode::TopUp) {
         // The extra is counted twice in this text only; the posted lines are right. The log has
         // always read this way, so it stays.
         const Currency extra = Currency::parse(b.extra);
         return u"Writing Topup Value :"_s + (Currency::parse(b.topUp) + extra + extra).format() +
                card;
     }
-    if (mode == u"WITHDRAW"_s)
+    if (mode == TransactionMode::Withdraw)
         return u"Writing Withdraw Value :"_s + Currency::parse(b.withdraw).format() + card;
-    if (billType == u"AIN"_s)
+    if (billType == BillType::AdjustIn)
         return u"Writing Adjustment In Value :"_s + Currency::parse(b.adjustIn).format() + card;
-    if (billType == u"AOT"_s)
+    if (billType == BillType::AdjustOut)
         return u"Writing Adjustment Out Value :"_s + Currency::parse(b.adjustOut).format() + card;
     return {};
 }

@@ -1,5 +1,6 @@
 #include "transactions/save.h"
 
+#include "card/membercard.h"
 #include "shell/session.h"
 #include "shell/text.h"
 #include "transactions/handoff.h"
@@ -30,7 +31,7 @@ QString headline(const UnpostedWrite& r) {
 QStringList summary(const UnpostedWrite& r, bool oneLineError) {
     return {
         u"Card No : "_s + r.boxes.cardNo + u" / "_s + r.boxes.name,
-        u"Transaction : "_s + r.plan.billType + u' ' + r.plan.writeValue.format(),
+        u"Transaction : "_s + billTypeCode(r.plan.billType) + u' ' + r.plan.writeValue.format(),
         u"New Card Bal. : "_s + r.plan.newValue.format(),
         u"Ref No : "_s + r.refNo,
         u"Posted before the error : "_s +
@@ -91,41 +92,112 @@ QString recordUnpostedWrite(const QString& iniPath, const UnpostedWrite& record)
     }
 }
 
-SaveOutcome saveTransaction(SessionSettings& session, TransactionForm& form, const SavePlan& plan) {
+namespace {
+
+const QString NotAMember = u"Member either inactive or not Found in Database !!!"_s;
+const QString WriteFailed = u"Error Writing to Card !!!"_s;
+
+SaveOutcome stopped(SaveOutcome::Status status, const QString& message,
+                    const QString& title = u"Message"_s, int focus = txt::None) {
     SaveOutcome out;
-    session.TransactionOk = false;
-    const TransactionBoxes& b = form.boxes;
+    out.status = status;
+    out.message = message;
+    out.title = title;
+    out.focus = focus;
+    return out;
+}
+
+} // namespace
+
+TransactionSave::TransactionSave(SessionSettings& session, card::CardPrompts& prompts)
+    : m_session(session)
+    , m_prompts(prompts) {}
+
+SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& boxes,
+                                  const ConnectedCard& card) {
+    using Status = SaveOutcome::Status;
+    SaveDecision decision;
+    switch (mode) {
+    case TransactionMode::TopUp:
+        decision = planTopUp(boxes);
+        break;
+    case TransactionMode::Withdraw:
+        decision = planWithdraw(boxes);
+        break;
+    case TransactionMode::Adjustment:
+        decision = planAdjustment(boxes);
+        break;
+    case TransactionMode::Enquiry:
+        return stopped(Status::Refused, u"Nothing to save !!!"_s, u"message"_s);
+    }
+    if (!decision.plan) {
+        const SaveRefusal& r = decision.refusal;
+        return stopped(Status::Refused, r.text, r.title, r.focus);
+    }
+    // Without a member read by Connect there is no balance to build on.
+    if (!card.memberFound)
+        return stopped(Status::Refused, NotAMember);
+    const SavePlan& plan = *decision.plan;
+    if (std::optional<SaveOutcome> refused = cardRefused(card))
+        return *refused;
+    card::MemberCard writer(m_session, m_prompts);
+    if (!writer.confirmAndWriteValue(plan.billType, plan.writeValue, plan.newValue))
+        return stopped(Status::NotWritten, WriteFailed);
+    return post(mode, boxes, plan);
+}
+
+// The card on the reader must be the one Connect read, still holding the balance shown: a card
+// swapped or topped up elsewhere in between would otherwise receive another card's value.
+std::optional<SaveOutcome> TransactionSave::cardRefused(const ConnectedCard& connected) {
+    using Status = SaveOutcome::Status;
+    card::SilentPrompts silent;
+    card::MemberCard check(m_session, silent);
+    card::CardData data;
+    if (check.read(data) != card::ReadResult::Ok)
+        return stopped(Status::NotWritten, WriteFailed);
+    if (m_session.CardSerial != connected.serial || data.code != connected.code ||
+        data.balance.format() != connected.balance)
+        return stopped(Status::NotWritten,
+                       u"Card on the reader is not the card read, press Connect again !!!"_s);
+    return std::nullopt;
+}
+
+SaveOutcome TransactionSave::post(TransactionMode mode, const TransactionBoxes& boxes,
+                                  const SavePlan& plan) {
+    SaveOutcome out;
+    TransactionForm form{boxes, {}};
     QStringList posted;
     try {
-        PostTransaction(session, form, plan, &posted);
-        if (plan.billType == u"IN"_s) {
-            AddIntroducerCredit(session, Currency::parse(b.topUp), form.currentRef);
+        PostTransaction(m_session, mode, form, plan, &posted);
+        if (plan.billType == BillType::In) {
+            AddIntroducerCredit(m_session, boxes.introducer, Currency::parse(boxes.topUp),
+                                form.currentRef);
             posted.append(u"introducer credit"_s);
         }
     } catch (const std::exception& e) {
-        const UnpostedWrite r{session.now(),
-                              b,
+        const UnpostedWrite r{m_session.now(),
+                              boxes,
                               plan,
                               form.currentRef,
                               posted,
                               errorText(e),
-                              session.TrsNo,
-                              session.BillNo,
-                              session.OutletCode,
-                              session.BzDate};
+                              m_session.TrsNo,
+                              m_session.BillNo,
+                              m_session.OutletCode,
+                              m_session.BzDate};
+        out.status = SaveOutcome::Status::Unposted;
         out.refNo = form.currentRef;
-        out.message = recordUnpostedWrite(session.IniPath, r);
+        out.message = recordUnpostedWrite(m_session.IniPath, r);
         return out;
     }
 
-    session.TransactionOk = true;
-    WriteHandOff(session.IniPath,
-                 HandOff{b.cardNo, b.name, Currency::parse(b.balance), Currency::parse(b.pending),
-                         plan.writeValue, plan.newValue, 1, form.currentRef});
-    session.SlipRefNo = form.currentRef;
-    session.SlipAction = u"PRINT"_s;
-    out.ok = true;
+    WriteHandOff(m_session.IniPath,
+                 HandOff{boxes.cardNo, boxes.name, Currency::parse(boxes.balance),
+                         Currency::parse(boxes.pending), plan.writeValue, plan.newValue, 1,
+                         form.currentRef});
+    out.status = SaveOutcome::Status::Posted;
     out.refNo = form.currentRef;
+    out.slip = reports::SlipRequest{reports::TransactionSlip{form.currentRef, mode}, true};
     return out;
 }
 

@@ -27,7 +27,7 @@ SaveDecision outOfRange(int focus) {
     return refuse(u"Value out of range !!!"_s, u"Message"_s, focus);
 }
 
-SaveDecision accept(const QString& billType, Currency writeValue, Currency newValue) {
+SaveDecision accept(BillType billType, Currency writeValue, Currency newValue) {
     SaveDecision d;
     d.plan = SavePlan{billType, writeValue, newValue};
     return d;
@@ -72,7 +72,7 @@ SaveDecision planTopUp(const TransactionBoxes& b) {
             amount(b.balance, txt::Balance) + amount(b.pending, txt::Pending) + writeValue;
         if (writeValue.isZero())
             return nothingToSave();
-        return accept(u"IN"_s, writeValue, newValue);
+        return accept(BillType::In, writeValue, newValue);
     });
 }
 
@@ -87,7 +87,7 @@ SaveDecision planWithdraw(const TransactionBoxes& b) {
             amount(b.balance, txt::Balance) + amount(b.pending, txt::Pending);
         if (withdraw > available)
             return insufficient(txt::Withdraw);
-        return accept(u"OUT"_s, withdraw, available - withdraw);
+        return accept(BillType::Out, withdraw, available - withdraw);
     });
 }
 
@@ -103,10 +103,10 @@ SaveDecision planAdjustment(const TransactionBoxes& b) {
         const Currency pending = amount(b.pending, txt::Pending);
         // With both boxes filled only the adjustment in counts; the out value is ignored.
         if (in > Currency())
-            return accept(u"AIN"_s, in, balance + in + pending);
+            return accept(BillType::AdjustIn, in, balance + in + pending);
         if (out > balance + pending)
             return insufficient();
-        return accept(u"AOT"_s, out, balance + pending - out);
+        return accept(BillType::AdjustOut, out, balance + pending - out);
     });
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/modes.h"
+
 #include <pondar/currency.h>
 
 #include <QString>
@@ -44,7 +46,7 @@ struct TransactionBoxes {
 // What one Save writes: the bill type, the amount moved (positive) and the card's new balance,
 // pending top-ups included.
 struct SavePlan {
-    QString billType;
+    BillType billType = BillType::In;
     Currency writeValue;
     Currency newValue;
 };

@@ -87,7 +87,7 @@ private Q_SLOTS:
             });
             QTest::keyClick(w, Qt::Key_F12);
         });
-        QVERIFY(showScreen(Screen::Balance, s));
+        showBalanceDisplay(s);
         QVERIFY(display.ran() && openAfterClose && openAfterWrongPassword);
         QVERIFY(rightGate && rightGate->ran());
         QCOMPARE(messages.texts(), QStringList{u"Invalid Password !!!"_s});

@@ -89,11 +89,11 @@ private Q_SLOTS:
         const QByteArray before = r.bench.image();
 
         r.prompts.answers = {false};
-        QVERIFY(!r.card.confirmAndWriteValue(u"OUT"_s, Currency::parse(u"10"_s),
+        QVERIFY(!r.card.confirmAndWriteValue(BillType::Out, Currency::parse(u"10"_s),
                                              Currency::parse(u"40"_s)));
         QCOMPARE(r.bench.image(), before);
 
-        QVERIFY(r.card.confirmAndWriteValue(u"IN"_s, Currency::parse(u"1184.5"_s),
+        QVERIFY(r.card.confirmAndWriteValue(BillType::In, Currency::parse(u"1184.5"_s),
                                             Currency::parse(u"1234.50"_s)));
         QCOMPARE(r.prompts.asked,
                  QStringList({u"Confirm to withdraw out value : 10.00 from Card ?"_s,

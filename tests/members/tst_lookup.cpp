@@ -20,20 +20,22 @@ private Q_SLOTS:
         f.addMember(u"A1"_s, u"ALICE"_s);
         f.addMember(u"B3  "_s, u"BOB"_s);
         SessionSettings s = test::sessionOn(f);
-        members::setMemberSearchLookup(s);
-        test::onScreen(Screen::Lookup, u"SEAFORM"_s, s, [](QWidget* w) {
-            auto* view = test::child<QTableView>(w, u"DataGrid1"_s);
-            const QModelIndex second = view->model()->index(1, 1);
-            view->setCurrentIndex(second);
-            QTest::mouseDClick(view->viewport(), Qt::LeftButton, {},
-                               view->visualRect(second).center());
-        });
-        QVERIFY(s.DialogAccepted);
-        QCOMPARE(s.CurrentCode, u"B3  "_s);
-        test::onScreen(Screen::Lookup, u"SEAFORM"_s, s,
-                       [](QWidget* w) { test::child<QPushButton>(w, u"Command1"_s)->click(); });
-        QVERIFY(!s.DialogAccepted);
-        QCOMPARE(s.CurrentCode, QString());
+        const auto lookup = [&] { return pickFromLookup(s, members::memberSearchLookup()); };
+        const std::optional<QString> picked = test::onScreen(
+            u"SEAFORM"_s,
+            [](QWidget* w) {
+                auto* view = test::child<QTableView>(w, u"DataGrid1"_s);
+                const QModelIndex second = view->model()->index(1, 1);
+                view->setCurrentIndex(second);
+                QTest::mouseDClick(view->viewport(), Qt::LeftButton, {},
+                                   view->visualRect(second).center());
+            },
+            lookup);
+        QCOMPARE(picked, std::optional<QString>(u"B3  "_s));
+        const std::optional<QString> closed = test::onScreen(
+            u"SEAFORM"_s, [](QWidget* w) { test::child<QPushButton>(w, u"Command1"_s)->click(); },
+            lookup);
+        QCOMPARE(closed, std::nullopt);
     }
 };
 

@@ -28,7 +28,10 @@ QWidget* focused() {
     return QApplication::focusWidget();
 }
 void onRegister(SessionSettings& s, std::function<void(QWidget*)> step) {
-    test::onScreen(Screen::Member, u"MFCUST"_s, s, std::move(step));
+    test::onScreen(u"MFCUST"_s, std::move(step), [&] {
+        showMemberRegister(s);
+        return true;
+    });
 }
 
 // Types into a box as the operator does: focus, replace the selected text, Enter.
@@ -99,10 +102,9 @@ private Q_SLOTS:
         if (cardState != u"none"_s)
             sim.put({0x0A, 0x0B, 0x0C, 0x0D});
         if (cardState == u"used"_s) {
-            s.CurrentCode = u"OLD01"_s;
-            s.CurrentName = u"OLD OWNER"_s;
             test::RecordingPrompts yes;
-            QCOMPARE(members::issueCard(s, yes), members::CardIssue::Written);
+            QCOMPARE(members::issueCard(s, yes, u"OLD01"_s, u"OLD OWNER"_s),
+                     members::CardIssue::Written);
         }
         const QString name = u"NURUL AIN BINTI ABDULLAH"_s; // longer than the card takes
         test::MessageBoxes boxes;

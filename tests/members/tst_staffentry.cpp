@@ -50,22 +50,24 @@ private Q_SLOTS:
         QFETCH(QString, shown);
         QFETCH(QString, message);
         SessionSettings s = test::sessionOn(*f);
-        s.DialogAccepted = !ok;
         test::MessageBoxes boxes;
-        test::onScreen(Screen::StaffEntry, u"MFCOMM"_s, s, [&](QWidget* w) {
-            auto* box = test::child<QLineEdit>(w, u"TXT"_s);
-            test::focusOn(box);
-            QTest::keyClicks(box, typed);
-            QTest::keyClick(box, Qt::Key_Tab);
-            if (!message.isEmpty())
-                QTRY_COMPARE(QApplication::focusWidget(), box);
-            QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), shown);
-            QTest::mouseClick(button(w, ok ? "CSAVE" : "CEXIT"), Qt::LeftButton);
-        });
+        const std::optional<StaffMember> staff = test::onScreen(
+            u"MFCOMM"_s,
+            [&](QWidget* w) {
+                auto* box = test::child<QLineEdit>(w, u"TXT"_s);
+                test::focusOn(box);
+                QTest::keyClicks(box, typed);
+                QTest::keyClick(box, Qt::Key_Tab);
+                if (!message.isEmpty())
+                    QTRY_COMPARE(QApplication::focusWidget(), box);
+                QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), shown);
+                QTest::mouseClick(button(w, ok ? "CSAVE" : "CEXIT"), Qt::LeftButton);
+            },
+            [&] { return askStaffMember(s); });
         QCOMPARE(boxes.texts(), message.isEmpty() ? QStringList() : QStringList{message});
-        QCOMPARE(s.DialogAccepted, ok);
-        QCOMPARE(s.CommStaffCode + u'|' + s.CommStaffName,
-                 ok ? typed.toUpper() + u'|' + shown : u"|"_s);
+        QCOMPARE(staff.has_value(), ok);
+        if (staff)
+            QCOMPARE(staff->code + u'|' + staff->name, typed.toUpper() + u'|' + shown);
     }
 
     void topUpLeftAtStaffEntryOpensNoTransactionScreen() {

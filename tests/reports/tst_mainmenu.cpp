@@ -19,14 +19,15 @@ using namespace pondar;
 
 namespace {
 
-// Closes every screen but `keep` that becomes the active modal one, recording its name; message
-// boxes are left to test::MessageBoxes.
+// Closes every screen but `keep` that becomes the active modal one, recording its name (with the
+// mode of a transaction screen); message boxes are left to test::MessageBoxes.
 void closeScreens(QTimer& timer, QStringList& closed, const QString& keep = {}) {
     QObject::connect(&timer, &QTimer::timeout, [&closed, keep] {
         QWidget* w = QApplication::activeModalWidget();
         if (!w || qobject_cast<QMessageBox*>(w) || w->objectName() == keep)
             return;
-        closed << w->objectName();
+        const QVariant mode = w->property("TransactionMode");
+        closed << w->objectName() + (mode.isValid() ? u'(' + mode.toString() + u')' : QString());
         if (auto* dialog = qobject_cast<QDialog*>(w))
             dialog->reject();
         else
@@ -53,25 +54,24 @@ private Q_SLOTS:
         QTimer timer;
         closeScreens(timer, closed, u"MAINMENU"_s);
 
-        // Per button: the mode it leaves ("-" when untouched), the screens that opened, and
-        // whether the menu is still there. A top-up whose staff entry is left goes no further.
+        // Per button: the screens that opened, and whether the menu is still there. A top-up
+        // whose staff entry is left goes no further.
         QStringList seen;
         test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
             for (int button : {6, 7, 8, 1, 2, 3, 4, 0}) {
-                s.TransactionMode = u"-"_s;
                 closed.clear();
                 test::child<QPushButton>(w, u"CBUT(%1)"_s.arg(button))->click();
-                seen << u"%1 %2 %3 %4"_s.arg(button).arg(s.TransactionMode, closed.join(u','),
-                                                         w->isVisible() ? u"open"_s : u"closed"_s);
+                seen << u"%1 %2 %3"_s.arg(button).arg(closed.join(u','),
+                                                      w->isVisible() ? u"open"_s : u"closed"_s);
             }
             test::child<QPushButton>(w, u"CBUT(5)"_s)->click();
         });
-        QVERIFY(showScreen(Screen::MainMenu, s));
+        showMainMenu(s);
         QVERIFY(menu.ran());
-        QCOMPARE(seen, (QStringList{u"6 - MEOD open"_s, u"7 - MFLOG open"_s, u"8 - MRPT open"_s,
-                                    u"1 WITHDRAW MFMAIN open"_s, u"2 ADJUSTMENT MFMAIN open"_s,
-                                    u"3 ENQUIRY MFMAIN open"_s, u"4 - MFCUST open"_s,
-                                    u"0 TOPUP MFCOMM open"_s}));
+        QCOMPARE(seen, (QStringList{u"6 MEOD open"_s, u"7 MFLOG open"_s, u"8 MRPT open"_s,
+                                    u"1 MFMAIN(WITHDRAW) open"_s, u"2 MFMAIN(ADJUSTMENT) open"_s,
+                                    u"3 MFMAIN(ENQUIRY) open"_s, u"4 MFCUST open"_s,
+                                    u"0 MFCOMM open"_s}));
         QCOMPARE(s.AppValue, Currency());
     }
 

@@ -77,15 +77,13 @@ private Q_SLOTS:
         test::Fixture f;
         trs(f, u"C1"_s, u"2024-02-01 10:00:00"_s, u"IN"_s, u"5"_s, u"R1"_s);
         SessionSettings s = sessionFor(f);
-        s.SlipRefNo = u"R1"_s;
-        s.TransactionMode = u"TOPUP"_s;
-        s.SlipAction = u"PREVIEW"_s;
-        const QString slip = reports::transactionSlip(f.db(), u"R1"_s, u"TOPUP"_s);
+        const QString slip = reports::transactionSlip(f.db(), u"R1"_s, TransactionMode::TopUp);
         test::OnModal preview(u"PFORM"_s, [&](QWidget* form) {
             QCOMPARE(shown(form), asShown(slip));
             click(form, u"Command1"_s);
         });
-        QVERIFY(showScreen(Screen::Slip, s));
+        showSlip(s, reports::SlipRequest{reports::TransactionSlip{u"R1"_s, TransactionMode::TopUp},
+                                         false});
         QVERIFY(preview.ran());
         QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(slip));
     }
@@ -123,7 +121,7 @@ private Q_SLOTS:
             QCOMPARE(shown(eod), QString());
             click(eod, u"CBUT(2)"_s);
         });
-        QVERIFY(showScreen(Screen::EndOfDay, s));
+        showEndOfDay(s);
         QVERIFY(form.ran());
         QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(report));
         const QStringList told = boxes.texts();
@@ -154,7 +152,7 @@ private Q_SLOTS:
             click(log, u"Command2"_s);
             click(log, u"Command1"_s);
         });
-        QVERIFY(showScreen(Screen::Log, s));
+        showLogViewer(s);
         QVERIFY(form.ran());
         QCOMPARE(boxes.texts(), QStringList{u"Invalid Date !!!"_s});
     }
@@ -166,7 +164,6 @@ private Q_SLOTS:
         trs(f, u"C1"_s, u"2024-02-03 23:59:59"_s, u"PED"_s, u"2.5"_s, u"R2"_s);
         trs(f, u"C2"_s, u"2024-02-02 10:00:00"_s, u"IN"_s, u"7"_s, u"OTHER"_s);
         SessionSettings s = sessionFor(f);
-        s.TransactionMode = u"TOPUP"_s;
 
         test::MessageBoxes boxes;
         QString slipShown;
@@ -191,7 +188,7 @@ private Q_SLOTS:
             click(rpt, u"CBUT(0)"_s);
             click(rpt, u"CBUT(2)"_s);
         });
-        QVERIFY(showScreen(Screen::MemberReport, s));
+        showMemberReport(s);
         QVERIFY(form.ran());
         QCOMPARE(boxes.texts(), QStringList{u"Invalid Date !!!"_s});
     }

@@ -77,7 +77,7 @@ private Q_SLOTS:
                                               u"Date     : 01/02/2024 14:05:09"_s,
                                               u"Card No# : 000123"_s} +
                                   expected.mid(1) + QStringList{Rule, u""_s};
-        const QString slip = reports::transactionSlip(f.db(), u"R1"_s, mode);
+        const QString slip = reports::transactionSlip(f.db(), u"R1"_s, modeFromText(mode));
         QCOMPARE(test::linesOf(slip), lines);
         QCOMPARE(slip, test::crlf(lines));
     }
@@ -87,14 +87,15 @@ private Q_SLOTS:
     void theSlipIsTheTransactionLineOfItsReference() {
         test::Fixture f;
         test::insertRow(f.db(), u"Customize_Transaction"_s, line(u"R'3"_s, u"PED"_s));
-        QCOMPARE(reports::transactionSlip(f.db(), u"R'3"_s, u"TOPUP"_s), QString());
+        QCOMPARE(reports::transactionSlip(f.db(), u"R'3"_s, TransactionMode::TopUp), QString());
         test::insertRow(f.db(), u"Customize_Transaction"_s,
                         line(u"R'3"_s, u"IN"_s, {{u"PendingValue"_s, u"7"_s}}));
         const QStringList lines =
-            test::linesOf(reports::transactionSlip(f.db(), u"R'3"_s, u"TOPUP"_s));
+            test::linesOf(reports::transactionSlip(f.db(), u"R'3"_s, TransactionMode::TopUp));
         QCOMPARE(lines.mid(4, 2), (QStringList{u"Type     : Top Up"_s, u"RefNo#   : R'3"_s}));
         QVERIFY(lines.contains(u"Pending Topup  : 7.00"_s));
-        QCOMPARE(reports::transactionSlip(f.db(), u"x' OR '1'='1"_s, u"TOPUP"_s), QString());
+        QCOMPARE(reports::transactionSlip(f.db(), u"x' OR '1'='1"_s, TransactionMode::TopUp),
+                 QString());
     }
 
     void enquirySlip() {

@@ -27,15 +27,14 @@ private Q_SLOTS:
                         "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=2.5%\r\nServerComm=1.23456\r\n"
                         "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=keep\r\n");
         GenClass app;
-        app.session().TransactionMode = u"unchanged"_s;
         QVERIFY(!app.StartApp(u"S01"_s, u"conn"_s, u"15/11/2026"_s, f.printerPath(), u"OUT1"_s,
                               f.iniPath(), f.db(), mode, u"T9"_s, u"B7"_s,
                               Currency::parse(u"12.345"_s)));
         const SessionSettings& s = app.session();
         QCOMPARE((QStringList{s.StaffCode, s.ConnString, s.BzDate, s.OutletCode, s.TrsNo, s.BillNo,
-                              s.AppValue.toShortString(), s.TransactionMode}),
+                              s.AppValue.toShortString()}),
                  (QStringList{u"S01"_s, u"conn"_s, u"15/11/2026"_s, u"OUT1"_s, u"T9"_s, u"B7"_s,
-                              u"12.345"_s, u"unchanged"_s}));
+                              u"12.345"_s}));
         QCOMPARE(QString::number(s.MemberComm) + u' ' + QString::number(s.DownComm) + u' ' +
                      s.ServerComm.toShortString(),
                  u"10 2.5 1.2346"_s);

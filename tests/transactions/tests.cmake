@@ -1,2 +1,2 @@
-pondar_test(tst_posting transactions/tst_posting.cpp)
+pondar_test(tst_save transactions/tst_save.cpp)
 pondar_test(tst_mfmain transactions/tst_mfmain.cpp)

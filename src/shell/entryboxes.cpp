@@ -1,4 +1,4 @@
-#include "members/entryboxes.h"
+#include "shell/entryboxes.h"
 
 #include "shell/messages.h"
 
