@@ -70,7 +70,7 @@ qint64 drain(QSqlQuery&& q) {
 }
 
 qint64 rowCount(const QSqlDatabase& db, const QString& table) {
-    QSqlQuery q = db::exec(db, u"select count(*) from "_s + table);
+    auto q = db::exec(db, u"select count(*) from "_s + table);
     return q.next() ? q.value(0).toLongLong() : 0;
 }
 
@@ -136,9 +136,10 @@ int main(int argc, char** argv) {
             << rowCount(db, u"tloy_mt_member"_s) << " members" << Qt::endl
             << Qt::endl;
 
-        QSqlQuery last = db::exec(db, u"select max(TrsDate) from Customize_Transaction"_s);
+        auto last = db::exec(db, u"select max(TrsDate) from Customize_Transaction"_s);
         last.next();
         const QDate lastDay = reports::dbDateTime(last.value(0)).date();
+        last.close();
         const QDate day = lastDay.addDays(-size.days / 2);
         const QString dayText = day.toString(u"dd/MM/yyyy"_s);
         const QString monthEnd = day.addDays(29).toString(u"dd/MM/yyyy"_s);
@@ -174,11 +175,12 @@ int main(int argc, char** argv) {
         timeIt(u"log viewer grid, one business date"_s, n,
                [&] { return drain(reports::logLines(db, day)); });
 
-        QSqlQuery someRef = db::exec(
+        auto someRef = db::exec(
             db, u"select RefTrsNo from Customize_Transaction where Billtype='IN' and TrsDate=?"_s,
             {isoDayStart(day)});
         someRef.next();
         const QString ref = someRef.value(0).toString();
+        someRef.close();
         timeIt(u"transaction slip by reference"_s, n, [&] {
             return lineCount(reports::transactionSlip(db, ref, TransactionMode::TopUp));
         });

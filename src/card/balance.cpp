@@ -25,10 +25,10 @@ BalanceTexts pollBalance(SessionSettings& session) {
 }
 
 Currency pendingBalance(const QSqlDatabase& db, const QString& cardNo) {
-    QSqlQuery q = db::exec(db,
-                           u"Select sum(FValue) as PBal from Customize_Topup where CardNo=? "
-                           "and UpdateStatus=0 group by CardNo"_s,
-                           {cardNo});
+    auto q = db::exec(db,
+                      u"Select sum(FValue) as PBal from Customize_Topup where CardNo=? "
+                      "and UpdateStatus=0 group by CardNo"_s,
+                      {cardNo});
     return q.next() ? db::readMoney(q.value(0)) : Currency();
 }
 

@@ -41,10 +41,10 @@ bool memberExists(const QSqlDatabase& db, const QString& code) {
 
 bool hasTransactions(const QSqlDatabase& db, const QString& code) {
     for (const QString& table : {u"Customize_Topup"_s, u"Customize_Transaction"_s}) {
-        QSqlQuery q = db::exec(db,
-                               u"Select CardNo,count(ID) as TBal from "_s + table +
-                                   u" where CardNo=? group by CardNo"_s,
-                               {code});
+        auto q = db::exec(db,
+                          u"Select CardNo,count(ID) as TBal from "_s + table +
+                              u" where CardNo=? group by CardNo"_s,
+                          {code});
         if (q.next() && q.value(1).toLongLong() != 0)
             return true;
     }
@@ -52,7 +52,7 @@ bool hasTransactions(const QSqlDatabase& db, const QString& code) {
 }
 
 StaffMatch findActiveStaff(const QSqlDatabase& db, const QString& code) {
-    QSqlQuery q =
+    auto q =
         db::exec(db, u"Select * from tpay_mt_staff where staffcode=? and NonActive=0"_s, {code});
     StaffMatch match;
     if (q.next()) {

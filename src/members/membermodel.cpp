@@ -69,7 +69,7 @@ qint64 MemberTableModel::totalCount() const {
     QString sql = u"SELECT COUNT(*) FROM "_s + tableName();
     if (!filter().isEmpty())
         sql += u" WHERE "_s + filter();
-    QSqlQuery q = db::exec(database(), sql, m_filterValues);
+    auto q = db::exec(database(), sql, m_filterValues);
     return q.next() ? q.value(0).toLongLong() : 0;
 }
 

@@ -9,6 +9,9 @@
 #include <QDate>
 #include <QSqlQuery>
 
+#include <utility>
+#include <vector>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::reports {
@@ -68,11 +71,11 @@ QString billTypeLabel(const QString& billType, const QString& previous) {
 // by-type totals plus its lines. End-of-day figures have always been read that way.
 void billLines(ReportText& out, const QSqlDatabase& db, const Range& range, const QString& billType,
                const QString& heading, Currency& running) {
-    QSqlQuery q = db::exec(db,
-                           u"select TrsDate,BillNo,RefTrsNo,CardNo,Name,PValue "
-                           "from Customize_Transaction WHERE TrsDate between ? and ? "
-                           "and Billtype=? order by TrsDate"_s,
-                           {range.start, range.end, billType});
+    auto q = db::exec(db,
+                      u"select TrsDate,BillNo,RefTrsNo,CardNo,Name,PValue "
+                      "from Customize_Transaction WHERE TrsDate between ? and ? "
+                      "and Billtype=? order by TrsDate"_s,
+                      {range.start, range.end, billType});
     bool any = false;
     while (q.next()) {
         if (!any)
@@ -92,7 +95,7 @@ void billLines(ReportText& out, const QSqlDatabase& db, const Range& range, cons
 
 // Rows of (code, name, amount) under a heading, with their total; `running` is where the total
 // starts, so a block may carry on from the ones above it.
-void codeNameAmountBlock(ReportText& out, QSqlQuery& q, const QString& heading,
+void codeNameAmountBlock(ReportText& out, db::Rows& q, const QString& heading,
                          Currency running = {}) {
     bool any = false;
     while (q.next()) {
@@ -135,10 +138,10 @@ QString dailySummary(const QSqlDatabase& db, const EodRequest& request) {
     Currency running;
     {
         // Rows come in whatever order the server groups them.
-        QSqlQuery q = db::exec(db,
-                               u"select billtype,sum(PVALUE) as TBal from customize_transaction "
-                               "where TrsDate between ? and ? Group by billtype"_s,
-                               {range.start, range.end});
+        auto q = db::exec(db,
+                          u"select billtype,sum(PVALUE) as TBal from customize_transaction "
+                          "where TrsDate between ? and ? Group by billtype"_s,
+                          {range.start, range.end});
         QString label;
         while (q.next()) {
             label = billTypeLabel(q.value(0).toString(), label);
@@ -155,12 +158,12 @@ QString dailySummary(const QSqlDatabase& db, const EodRequest& request) {
     {
         // The commission block covers the from-date alone, whatever the to-date: the lines
         // dated that business date, which posting stores at 00:00:00.
-        QSqlQuery q = db::exec(db,
-                               u"select a.StaffCode,b.StaffName, sum(a.PValue) as TBal "
-                               "from Customize_StaffComm as a left outer join tpay_mt_staff as b "
-                               "on b.staffcode=a.staffcode WHERE a.TrsDate=? "
-                               "group by a.StaffCode,b.staffname order by a.StaffCode"_s,
-                               {range.start});
+        auto q = db::exec(db,
+                          u"select a.StaffCode,b.StaffName, sum(a.PValue) as TBal "
+                          "from Customize_StaffComm as a left outer join tpay_mt_staff as b "
+                          "on b.staffcode=a.staffcode WHERE a.TrsDate=? "
+                          "group by a.StaffCode,b.staffname order by a.StaffCode"_s,
+                          {range.start});
         codeNameAmountBlock(out, q, u"[STAFF COMMISSION]"_s, running);
     }
 
@@ -173,14 +176,13 @@ QString memberBalances(const QSqlDatabase& db, const EodRequest& request) {
     ReportText out;
     header(out, request, u"Member Balances"_s, u"as at     : "_s + request.toText);
 
-    QSqlQuery moved =
-        db::exec(db,
-                 u"select CardNo,Name,sum(PValue) as TBal from Customize_Transaction "
-                 "WHERE TrsDate between ? and ? group by cardno,name order by CardNo"_s,
-                 {range.start, range.end});
+    auto moved = db::exec(db,
+                          u"select CardNo,Name,sum(PValue) as TBal from Customize_Transaction "
+                          "WHERE TrsDate between ? and ? group by cardno,name order by CardNo"_s,
+                          {range.start, range.end});
     codeNameAmountBlock(out, moved, u"[MEMBER BALANCES]"_s);
 
-    QSqlQuery pending =
+    auto pending =
         db::exec(db,
                  u"select a.CardNo,b.membername,sum(a.FValue) as TBal from Customize_TopUp as a "
                  "left outer join tloy_mt_member as b on b.membercode=a.cardno "
@@ -200,11 +202,10 @@ QString pendingDetails(const QSqlDatabase& db, const EodRequest& request) {
 
     // One pass in card order instead of a statement per card: the same lines, at the cost of
     // the pending rows alone.
-    QSqlQuery q =
-        db::exec(db, u"select a.CardNo,b.MemberName,a.DateInput,a.RefTrsNo,a.BillNo,a.FValue "
-                     "from Customize_topup as a "
-                     "left outer join tloy_mt_member as b on b.membercode=a.cardno "
-                     "WHERE a.UpdateStatus=0 order by a.CardNo,a.DateInput"_s);
+    auto q = db::exec(db, u"select a.CardNo,b.MemberName,a.DateInput,a.RefTrsNo,a.BillNo,a.FValue "
+                          "from Customize_topup as a "
+                          "left outer join tloy_mt_member as b on b.membercode=a.cardno "
+                          "WHERE a.UpdateStatus=0 order by a.CardNo,a.DateInput"_s);
     const db::Dialect dialect = db::dialect(db);
     QVariant card;
     bool open = false;
@@ -240,21 +241,26 @@ QString staffCommission(const QSqlDatabase& db, const EodRequest& request) {
            u"Date      : "_s + request.fromText + u" to "_s + request.toText);
 
     // A till has a handful of staff: one statement for each is cheap and reads only their lines.
-    QSqlQuery staff = db::exec(db,
-                               u"select a.StaffCode,b.StaffName,sum(a.PValue) as TBal "
-                               "from Customize_StaffComm as a "
-                               "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
-                               "WHERE a.TrsDate between ? and ? "
-                               "group by a.staffcode,b.staffname order by a.staffcode"_s,
-                               {range.start, range.end});
-    while (staff.next()) {
-        const QString code = staff.value(0).toString();
-        out.line(u"["_s + code + u"-"_s + staff.value(1).toString() + u"]"_s);
-        QSqlQuery lines = db::exec(db,
-                                   u"select TrsDate,RefTrsNo,CardNo,Name,pValue "
-                                   "from Customize_StaffComm WHERE StaffCode=? and "
-                                   "TrsDate between ? and ? order by TrsDate"_s,
-                                   {code, range.start, range.end});
+    // The list is read whole first, as a connection serves one result at a time.
+    std::vector<std::pair<QString, QString>> staff;
+    {
+        auto list = db::exec(db,
+                             u"select a.StaffCode,b.StaffName,sum(a.PValue) as TBal "
+                             "from Customize_StaffComm as a "
+                             "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
+                             "WHERE a.TrsDate between ? and ? "
+                             "group by a.staffcode,b.staffname order by a.staffcode"_s,
+                             {range.start, range.end});
+        while (list.next())
+            staff.emplace_back(list.value(0).toString(), list.value(1).toString());
+    }
+    for (const auto& [code, name] : staff) {
+        out.line(u"["_s + code + u"-"_s + name + u"]"_s);
+        auto lines = db::exec(db,
+                              u"select TrsDate,RefTrsNo,CardNo,Name,pValue "
+                              "from Customize_StaffComm WHERE StaffCode=? and "
+                              "TrsDate between ? and ? order by TrsDate"_s,
+                              {code, range.start, range.end});
         Currency running;
         while (lines.next()) {
             const Currency value = db::readMoney(lines.value(4));

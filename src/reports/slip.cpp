@@ -34,7 +34,7 @@ bool nonZero(const QVariant& value) {
 
 QString transactionSlip(const QSqlDatabase& db, const QString& refNo,
                         std::optional<TransactionMode> mode) {
-    QSqlQuery q = db::exec(
+    auto q = db::exec(
         db, u"Select * from Customize_Transaction where Billtype <> 'PED' AND RefTrsNo=?"_s,
         {refNo});
     if (!q.next())

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -115,9 +116,26 @@ void requireOpen(const QSqlDatabase& db) {
 
 namespace {
 
+// How many Rows of a connection are open, kept on its driver object, which lives exactly as long
+// as the connection.
+const char* const OpenResults = "pondarOpenResults";
+
+int openResults(const QSqlDriver* driver) {
+    return driver ? driver->property(OpenResults).toInt() : 0;
+}
+
+void countOpen(QSqlDriver* driver, int change) {
+    if (driver)
+        driver->setProperty(OpenResults, openResults(driver) + change);
+}
+
 QSqlQuery run(const QSqlDatabase& db, const QString& sql, const QVariantList& values,
               bool forwardOnly) {
     requireOpen(db);
+    if (openResults(db.driver()) > 0)
+        throw DatabaseError(u"A statement ran while another result was still being read on the "
+                            "same connection, which SQL Server does not allow.\n\n"_s +
+                            sql.simplified());
     QSqlQuery query(db);
     query.setForwardOnly(forwardOnly);
     // Decimals as exact text where the driver has it (ODBC: money on SQL Server), not as a
@@ -143,8 +161,51 @@ QSqlQuery run(const QSqlDatabase& db, const QString& sql, const QVariantList& va
 
 } // namespace
 
-QSqlQuery exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
-    return run(db, sql, values, true);
+Rows::Rows(QSqlQuery query, QSqlDriver* driver)
+    : QSqlQuery(std::move(query)) {
+    if (isSelect() && isActive()) {
+        m_busy = driver;
+        countOpen(driver, 1);
+    }
+}
+
+Rows::Rows(Rows&& other) noexcept
+    : QSqlQuery(std::move(static_cast<QSqlQuery&>(other)))
+    , m_busy(std::exchange(other.m_busy, nullptr)) {}
+
+Rows& Rows::operator=(Rows&& other) noexcept {
+    if (this != &other) {
+        release();
+        static_cast<QSqlQuery&>(*this) = std::move(static_cast<QSqlQuery&>(other));
+        m_busy = std::exchange(other.m_busy, nullptr);
+    }
+    return *this;
+}
+
+Rows::~Rows() {
+    release();
+}
+
+bool Rows::next() {
+    if (QSqlQuery::next())
+        return true;
+    release();
+    return false;
+}
+
+void Rows::close() {
+    release();
+    finish();
+}
+
+void Rows::release() {
+    if (m_busy)
+        countOpen(m_busy, -1);
+    m_busy = nullptr;
+}
+
+Rows exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
+    return Rows(run(db, sql, values, true), db.driver());
 }
 
 QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
@@ -152,8 +213,7 @@ QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantL
 }
 
 bool hasRow(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
-    QSqlQuery query = exec(db, sql, values);
-    return query.next();
+    return exec(db, sql, values).next();
 }
 
 void ensureSchema(const QSqlDatabase& db) {

@@ -4,7 +4,9 @@
 #include <pondar/error.h>
 
 #include <QDateTime>
+#include <QPointer>
 #include <QSqlDatabase>
+#include <QSqlDriver>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
@@ -32,11 +34,39 @@ Dialect dialect(const QSqlDatabase& db);
 // Fails with a clear DatabaseError when the host's connection cannot run statements.
 void requireOpen(const QSqlDatabase& db);
 
+// The rows of a forward-only statement. SQL Server without MARS serves one result at a time: a
+// result not read to its end keeps the connection busy. So while a Rows is alive and has rows
+// left, the connection counts as busy here too, on every engine, and the next statement on it
+// throws DatabaseError; take what you need, then let it go (or read past the end). Move-only.
+class Rows final : private QSqlQuery {
+public:
+    Rows(QSqlQuery query, QSqlDriver* driver);
+    Rows(Rows&& other) noexcept;
+    Rows& operator=(Rows&& other) noexcept;
+    Rows(const Rows&) = delete;
+    Rows& operator=(const Rows&) = delete;
+    ~Rows();
+
+    // The next row; false past the last one, which also frees the connection.
+    bool next();
+    // Frees the connection before the end.
+    void close();
+
+    using QSqlQuery::isNull;
+    using QSqlQuery::numRowsAffected;
+    using QSqlQuery::record;
+    using QSqlQuery::value;
+
+private:
+    void release();
+
+    QPointer<QSqlDriver> m_busy; // set while this result holds the connection
+};
+
 // Prepares the statement on the given connection, binds the values in order to its "?"
 // placeholders (through bindValue) and runs it forward-only. Throws DatabaseError with the
-// driver's text. On SQL Server an unfinished forward-only result keeps the connection busy:
-// take what you need from it and let it go before running the next statement.
-QSqlQuery exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
+// driver's text, and when a Rows of the connection is still open.
+Rows exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
 // The same, scrollable, for a QSqlQueryModel, which seeks back; rows still arrive only as the
 // model asks for them.
 QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});

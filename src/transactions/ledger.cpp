@@ -12,7 +12,7 @@ MemberExtras LoadMemberExtras(const QSqlDatabase& db, const QString& cardNo) {
     MemberExtras extras;
     {
         // Let the result go before the next statement: SQL Server serves one at a time.
-        QSqlQuery member = db::exec(
+        auto member = db::exec(
             db, u"Select DownlineCode from tloy_mt_member where NonActive=0 and MemberCode=?"_s,
             {cardNo});
         if (member.next()) {

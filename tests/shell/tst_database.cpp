@@ -34,6 +34,30 @@ private Q_SLOTS:
         }
     }
 
+    // SQL Server's one result at a time holds on every engine: a statement while another's rows
+    // are still being read fails, and reading to the end, closing or dropping them frees it.
+    void oneOpenResultPerConnection() {
+        test::Fixture f;
+        f.addStaff(u"S1"_s, u"Ann"_s);
+        f.addStaff(u"S2"_s, u"Bob"_s);
+        const QString staff = u"SELECT StaffCode FROM tpay_mt_staff ORDER BY StaffCode"_s;
+        auto rows = db::exec(f.db(), staff);
+        QVERIFY(rows.next());
+        QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::hasRow(f.db(), staff));
+        QVERIFY(rows.next() && !rows.next());
+        QVERIFY(db::hasRow(f.db(), staff));
+        {
+            auto dropped = db::exec(f.db(), staff);
+            auto moved = std::move(dropped);
+            QVERIFY(moved.next());
+        }
+        auto closed = db::exec(f.db(), staff);
+        closed.next();
+        closed.close();
+        db::exec(f.db(), u"UPDATE tpay_mt_staff SET StaffName='Al' WHERE StaffCode='S1'"_s);
+        QVERIFY(db::hasRow(f.db(), staff));
+    }
+
     // Money comes back to the last unit, a sum that cancels out in floating point included.
     void moneyRoundTripsExactly() {
         test::Fixture f;

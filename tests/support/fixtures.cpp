@@ -75,12 +75,12 @@ void Fixture::addStaff(const QString& code, const QString& name, bool inactive) 
 }
 
 QVariant Fixture::scalar(const QString& sql, const QVariantList& values) const {
-    QSqlQuery q = db::exec(db(), sql, values);
+    auto q = db::exec(db(), sql, values);
     return q.next() ? plain(q.value(0)) : QVariant();
 }
 
 QString Fixture::rows(const QString& sql, const QVariantList& values) const {
-    QSqlQuery q = db::exec(db(), sql, values);
+    auto q = db::exec(db(), sql, values);
     QStringList out;
     while (q.next()) {
         QStringList cells;
