@@ -68,7 +68,6 @@ bool ReaderAccess::selectCard() {
 bool ReaderAccess::logIn() {
     uint8 key[6];
     std::memset(key, hexByte(m_session.DefFF, 1), sizeof key);
-    m_session.LoggedSector = m_session.LoginSector;
     m_session.ReaderStatus =
         library().Login(m_session.ReaderHandle, uint8(m_session.LoginSector), KeyTypeA, 0, key);
     return m_session.ReaderStatus >= 0;

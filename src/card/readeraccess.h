@@ -25,7 +25,7 @@ int16 libraryPort(const QString& portText);
 QString serialText(uint8 tagType, uint8 serialLength, const uint8 serial[10]);
 
 // The reader operations over the session's reader fields (ReaderHandle, ReaderStatus,
-// LoginSector, LoggedSector, CardSerial). The session's library is made on first use.
+// LoginSector, CardSerial). The session's library is made on first use.
 // Failures are negative statuses kept in the session; nothing is retried.
 class ReaderAccess final {
 public:

@@ -45,7 +45,6 @@ struct SessionSettings {
     std::int16_t ReaderHandle = -1;
     std::int16_t ReaderStatus = 0;
     std::uint16_t LoginSector = 0;
-    std::uint16_t LoggedSector = 0;
     QString CardSerial;
     QString DefFF = QStringLiteral("FF"); // the login key text; its first two hex digits
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "card/membercard.h"
 #include "card/prompts.h"
 #include "card/reader.h"
 #include "shell/session.h"
@@ -63,5 +64,22 @@ public:
     QStringList errors;
     QList<bool> answers;
 };
+
+// Places a member's card holding this balance on the simulated reader, written as card issue
+// writes it.
+inline void issueCard(const CardSim& sim, const QString& code, const QString& name,
+                      const QString& balance,
+                      std::array<card::uint8, 4> uid = {0x11, 0x22, 0x33, 0x44}) {
+    sim.put(uid);
+    SessionSettings s;
+    sim.attach(s);
+    RecordingPrompts yes;
+    card::MemberCard c(s, yes);
+    if (!c.openSelectLogin(card::MemberSector) || !c.writeSerial() || !c.writeCode(code) ||
+        !c.writeName(name) ||
+        !c.confirmAndWriteValue(BillType::In, Currency(), Currency::parse(balance)))
+        qFatal("cannot issue the card");
+    c.close();
+}
 
 } // namespace pondar::test

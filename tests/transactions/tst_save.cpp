@@ -1,13 +1,9 @@
 // The Save without a window: the simulated reader, a temporary database and settings file, the
 // operator's answers queued. Every refusal and fault must leave card, ledger and hand-off as they
 // were; every Save that reaches the card must be told apart by what reached the database.
-#include "card/cardsim.h"
-#include "card/membercard.h"
-#include "shell/database.h"
-#include "shell/inifile.h"
-#include "support/fixtures.h"
 #include "transactions/ledger.h"
 #include "transactions/save.h"
+#include "transactions/till.h"
 
 #include <QFile>
 #include <QTest>
@@ -21,19 +17,14 @@ Q_DECLARE_METATYPE(TransactionMode)
 
 namespace {
 
-const QDateTime Moment(QDate(2026, 11, 15), QTime(16, 33, 5));
-
-// A till without a screen: settings, database, the card on the reader, what Connect read.
-struct Till {
-    test::Fixture f;
-    test::CardSim sim;
+// A till without a screen: what Connect read, and the Save given the boxes.
+struct Till : test::TillBase {
     test::RecordingPrompts prompts;
     SessionSettings s;
     TransactionBoxes boxes;
     ConnectedCard connected;
 
     Till() {
-        test::writeFile(f.iniPath(), "[GeneralSetup]\r\n");
         s.Conn = f.db();
         s.IniPath = f.iniPath();
         s.StaffCode = u"S01"_s;
@@ -43,31 +34,8 @@ struct Till {
         s.BillNo = u"B7"_s;
         s.ServerComm = Currency::parse(u"2"_s);
         s.DownComm = 5;
-        s.clock = [] { return Moment; };
+        s.clock = [] { return test::TillMoment; };
         sim.attach(s);
-    }
-
-    void card(const QString& code, const QString& name, const QString& balance,
-              std::array<card::uint8, 4> uid = {0x11, 0x22, 0x33, 0x44}) {
-        sim.put(uid);
-        SessionSettings other;
-        sim.attach(other);
-        test::RecordingPrompts yes;
-        card::MemberCard c(other, yes);
-        if (!c.openSelectLogin(card::MemberSector) || !c.writeSerial() || !c.writeCode(code) ||
-            !c.writeName(name) ||
-            !c.confirmAndWriteValue(BillType::In, Currency(), Currency::parse(balance)))
-            qFatal("cannot issue the card");
-        c.close();
-    }
-    // Member 000123 with 5.00 pending and a card of 20.00, read by Connect.
-    void maxWithPending() {
-        f.addMember(u"000123"_s, u"Max"_s);
-        db::exec(f.db(),
-                 u"INSERT INTO Customize_Topup (cardNo,UpdateStatus,FValue) VALUES (?,0,5)"_s,
-                 {u"000123"_s});
-        card(u"000123"_s, u"Max"_s, u"20"_s);
-        connect();
     }
     // What Connect does: read the card, then the member's extras.
     void connect() {
@@ -87,13 +55,6 @@ struct Till {
     }
     SaveOutcome save(TransactionMode mode) {
         return TransactionSave(s, prompts).save(mode, boxes, connected);
-    }
-    QString cardValue() const {
-        const QByteArray block = sim.block(card::ValueSector * 4);
-        return QString::fromLatin1(block.left(block.indexOf('\0')));
-    }
-    QString handOff(const QString& key) const {
-        return IniFile(f.iniPath()).read(u"TRANSACTION"_s, key);
     }
 };
 
@@ -180,6 +141,7 @@ private Q_SLOTS:
         QFETCH(QString, line);
         Till till;
         till.maxWithPending();
+        till.connect();
         for (const QString& pair : typed) {
             if (pair == u"card=take"_s)
                 till.sim.takeAway();
@@ -244,6 +206,7 @@ private Q_SLOTS:
     void databaseFailureAfterTheCardWrite() {
         Till till;
         till.maxWithPending();
+        till.connect();
         till.boxes.topUp = u"50"_s;
         db::exec(till.f.db(), u"DROP TABLE Customize_StaffComm"_s);
         const SaveOutcome outcome = till.save(TransactionMode::TopUp);
