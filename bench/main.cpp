@@ -8,7 +8,6 @@
 
 #include "ledger.h"
 
-#include "card/prompts.h"
 #include "reports/eod.h"
 #include "reports/grids.h"
 #include "reports/reporttext.h"
@@ -17,6 +16,7 @@
 #include "shell/session.h"
 #include "shell/text.h"
 #include "transactions/handoff.h"
+#include "transactions/journal.h"
 #include "transactions/ledger.h"
 #include "transactions/save.h"
 
@@ -185,10 +185,10 @@ int main(int argc, char** argv) {
             return lineCount(reports::transactionSlip(db, ref, TransactionMode::TopUp));
         });
 
-        // A Save once the card holds its new value: settlement of the card's pending top-ups,
-        // the transaction line, commission, introducer credit, log line and hand-off; the
-        // statements alone are timed too. The Connect look-ups of the card (well under 0.1 ms) are
-        // in. Each run takes another member with pending top-ups, as a till would.
+        // A Save's database and journal work, the card write aside: the pending top-ups read
+        // again, the journal record, settlement, transaction line, commission, introducer credit
+        // and log line in one transaction, the journal marks; the statements alone are timed
+        // too. Each run takes another member with pending top-ups, as a till would.
         SessionSettings session;
         session.Conn = db;
         session.IniPath = temp.filePath(u"pondar.ini"_s);
@@ -201,42 +201,40 @@ int main(int argc, char** argv) {
         QDateTime clock(lastDay, QTime(20, 0));
         session.clock = [&clock] { return clock; };
         int member = 0;
-        // statementsOnly: the database part alone, without the hand-off to the settings file.
-        card::SilentPrompts silent;
         auto save = [&](TransactionMode mode, bool statementsOnly) {
             clock = clock.addSecs(1);
             member += 3; // every third member has an introducer
             const QString cardNo = bench::cardOf(member);
             const MemberExtras extras = LoadMemberExtras(db, cardNo);
-            TransactionForm form;
-            form.boxes.cardNo = cardNo;
-            form.boxes.name = bench::nameOf(member);
-            form.boxes.balance = u"100.00"_s;
-            form.boxes.pending = extras.pending.format();
-            form.boxes.staffCode = u"S01"_s;
-            form.boxes.introducer = extras.introducer;
+            TransactionBoxes boxes;
+            boxes.cardNo = cardNo;
+            boxes.name = bench::nameOf(member);
+            boxes.balance = u"100.00"_s;
+            boxes.staffCode = u"S01"_s;
+            boxes.introducer = extras.introducer;
+            db::Transaction tx(db);
+            const PendingRows pending = pendingRows(db, cardNo);
+            boxes.pending = pending.sum.format();
             SavePlan plan;
             if (mode == TransactionMode::TopUp) {
-                form.boxes.topUp = u"50.00"_s;
-                form.boxes.extra = u"5.00"_s;
-                plan = {BillType::In, Currency::parse(u"55"_s) + extras.pending, {}};
-                plan.newValue = Currency::parse(u"100"_s) + plan.writeValue;
+                boxes.topUp = u"50.00"_s;
+                boxes.extra = u"5.00"_s;
+                plan = *planTopUp(boxes).plan;
             } else {
-                form.boxes.withdraw = u"20.00"_s;
-                plan = {BillType::Out, Currency::parse(u"20"_s), {}};
-                plan.newValue = Currency::parse(u"80"_s) + extras.pending;
+                boxes.withdraw = u"20.00"_s;
+                plan = *planWithdraw(boxes).plan;
             }
-            if (statementsOnly) {
-                PostTransaction(session, mode, form, plan);
-                if (plan.billType == BillType::In)
-                    AddIntroducerCredit(session, extras.introducer,
-                                        Currency::parse(form.boxes.topUp), form.currentRef);
-                return qint64(1);
-            }
-            const SaveOutcome outcome =
-                TransactionSave(session, silent).post(mode, form.boxes, plan);
-            if (outcome.status != SaveOutcome::Status::Posted)
-                throw Error(outcome.message);
+            const Posting posting =
+                makePosting(session, mode, boxes, plan, pending.ids, pending.sum);
+            Journal& journal = journalOf(session);
+            const qint64 entry =
+                statementsOnly ? 0 : journal.record(posting, u"V11223344S"_s, Currency());
+            if (!statementsOnly)
+                journal.mark(entry, Journal::State::Written);
+            PostTransaction(db, posting);
+            tx.commit();
+            if (!statementsOnly)
+                journal.mark(entry, Journal::State::Posted);
             return qint64(1);
         };
         timeIt(u"connect look-ups (introducer, pending total)"_s, n,

@@ -21,6 +21,8 @@ CREATE TABLE IF NOT EXISTS Customize_Transaction (
 );
 CREATE INDEX IF NOT EXISTS IX_Customize_Transaction_Card ON Customize_Transaction (CardNo, TrsDate);
 CREATE INDEX IF NOT EXISTS IX_Customize_Transaction_Ref ON Customize_Transaction (RefTrsNo);
+-- A card's latest line, its ledger balance.
+CREATE INDEX IF NOT EXISTS IX_Customize_Transaction_CardId ON Customize_Transaction (CardNo, ID);
 CREATE INDEX IF NOT EXISTS IX_Customize_Transaction_Date ON Customize_Transaction (TrsDate, Billtype);
 
 CREATE TABLE IF NOT EXISTS Customize_Topup (

@@ -22,6 +22,8 @@ CREATE TABLE Customize_Transaction (
 );
 CREATE INDEX IX_Customize_Transaction_Card ON Customize_Transaction (CardNo, TrsDate);
 CREATE INDEX IX_Customize_Transaction_Ref ON Customize_Transaction (RefTrsNo);
+-- A card's latest line, its ledger balance.
+CREATE INDEX IX_Customize_Transaction_CardId ON Customize_Transaction (CardNo, ID);
 CREATE INDEX IX_Customize_Transaction_Date ON Customize_Transaction (TrsDate, Billtype);
 
 CREATE TABLE Customize_Topup (

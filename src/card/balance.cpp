@@ -3,6 +3,7 @@
 #include "card/membercard.h"
 #include "shell/database.h"
 #include "shell/session.h"
+#include "transactions/save.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -18,8 +19,11 @@ BalanceTexts pollBalance(SessionSettings& session) {
     BalanceTexts texts;
     texts.cardNo = data.code;
     texts.name = data.name;
+    // A customer never sees value the ledger does not hold.
     if (result == ReadResult::Ok)
-        texts.balance = data.balance.format();
+        texts.balance =
+            (session.LedgerCheck ? ledgerBalanceOf(session, data.code).balance : data.balance)
+                .format();
     texts.pending = pendingBalance(session.Conn, data.code).format();
     return texts;
 }

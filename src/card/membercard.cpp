@@ -141,19 +141,31 @@ ReadResult MemberCard::read(CardData& data) {
     return ReadResult::Ok;
 }
 
+QString valueQuestion(BillType billType, Currency amount) {
+    return addsValue(billType)
+               ? QString(u"Confirm to Add in value : "_s + amount.format() + u" to Card ?"_s)
+               : QString(u"Confirm to withdraw out value : "_s + amount.format() +
+                         u" from Card ?"_s);
+}
+
 bool MemberCard::confirmAndWriteValue(BillType billType, Currency amount, Currency newBalance) {
-    const QString question =
-        addsValue(billType)
-            ? QString(u"Confirm to Add in value : "_s + amount.format() + u" to Card ?"_s)
-            : QString(u"Confirm to withdraw out value : "_s + amount.format() + u" from Card ?"_s);
-    const QString value = newBalance.toShortString();
+    checkBalanceFits(newBalance);
+    if (!m_prompts.ask(valueQuestion(billType, amount)))
+        return false;
+    return writeValue(newBalance);
+}
+
+void MemberCard::checkBalanceFits(Currency balance) {
+    const QString value = balance.toShortString();
     if (value.size() > FieldSize)
         throw Error(u"Card balance "_s + value + u" is too large for the card !!!"_s);
-    if (!m_prompts.ask(question))
-        return false;
+}
+
+bool MemberCard::writeValue(Currency newBalance) {
+    checkBalanceFits(newBalance);
     if (!openSelectLogin(ValueSector))
         return false;
-    return writeField(ValueSector, u"VALUE"_s, value);
+    return writeField(ValueSector, u"VALUE"_s, newBalance.toShortString());
 }
 
 void MemberCard::close() {

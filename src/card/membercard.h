@@ -39,6 +39,9 @@ enum class ReadResult {
     BadBalance,        // VALUE could not be read or is not a plain decimal number
 };
 
+// The question asked before a card's value changes by this amount.
+QString valueQuestion(BillType billType, Currency amount);
+
 // The message a screen shows for a failed read (empty for Ok).
 QString readFailureMessage(ReadResult result);
 
@@ -84,6 +87,10 @@ public:
     // from Card ?" for OUT and AOT). No writes nothing. Otherwise opens sector 9 and writes the
     // new balance's shortest text to VALUE. True when it was written.
     bool confirmAndWriteValue(BillType billType, Currency amount, Currency newBalance);
+    // The write alone: opens sector 9 and writes the balance. Throws pondar::Error, writing
+    // nothing, for a balance whose text is too long for the block.
+    bool writeValue(Currency newBalance);
+    static void checkBalanceFits(Currency balance);
 
     // Closes the session's reader handle.
     void close();

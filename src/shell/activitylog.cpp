@@ -23,11 +23,15 @@ QString logDescription(const QString& description) {
 }
 
 void writeLog(const SessionSettings& session, const QString& description) {
-    db::exec(session.Conn,
+    writeLog(session.Conn, session.StaffCode, session.BzDate, session.now(), description);
+}
+
+void writeLog(const QSqlDatabase& db, const QString& staffCode, const QString& bzDate,
+              const QDateTime& moment, const QString& description) {
+    db::exec(db,
              u"INSERT INTO Customize_Log (StaffCode,BizDate,ActualDate,Description) "
              "VALUES (?,?,?,?)"_s,
-             {session.StaffCode, bizDateValue(session.BzDate), session.now(),
-              logDescription(description)});
+             {staffCode, bizDateValue(bzDate), moment, logDescription(description)});
 }
 
 bool isValidInput(const QString& text) {

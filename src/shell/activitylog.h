@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QDateTime>
+#include <QSqlDatabase>
 #include <QString>
 
 namespace pondar {
@@ -12,6 +14,9 @@ QString logDescription(const QString& description);
 
 // One line of the activity log: staff, business date, now, description.
 void writeLog(const SessionSettings& session, const QString& description);
+// The same with its particulars given, for a line written on another's behalf (a replay).
+void writeLog(const QSqlDatabase& db, const QString& staffCode, const QString& bzDate,
+              const QDateTime& moment, const QString& description);
 
 // Codes typed by the user may hold no single quote, blank or double quote.
 bool isValidInput(const QString& text);

@@ -216,6 +216,81 @@ bool hasRow(const QSqlDatabase& db, const QString& sql, const QVariantList& valu
     return exec(db, sql, values).next();
 }
 
+QString firstRowOnly(const QSqlDatabase& db, const QString& select) {
+    if (dialect(db) == Dialect::SqlServer)
+        return u"SELECT TOP 1 "_s + select.mid(7);
+    return select + u" LIMIT 1"_s;
+}
+
+namespace {
+
+const QString Savepoint = u"pondar_save"_s;
+
+// SQL Server counts the transactions a connection has open; other engines refuse a second BEGIN.
+bool hostTransactionOpen(const QSqlDatabase& db, Dialect engine) {
+    if (engine != Dialect::SqlServer)
+        return false;
+    auto q = exec(db, u"SELECT @@TRANCOUNT"_s);
+    return q.next() && q.value(0).toInt() > 0;
+}
+
+} // namespace
+
+Transaction::Transaction(const QSqlDatabase& db)
+    : m_db(db)
+    , m_dialect(dialect(db)) {
+    requireOpen(db);
+    if (hostTransactionOpen(db, m_dialect) || !m_db.transaction()) {
+        exec(m_db, m_dialect == Dialect::SqlServer ? u"SAVE TRANSACTION "_s + Savepoint
+                                                   : u"SAVEPOINT "_s + Savepoint);
+        m_savepoint = true;
+    }
+    m_open = true;
+    try {
+        // A write that changes nothing, so the lock is taken now.
+        exec(m_db, u"UPDATE Customize_Transaction SET CardNo=CardNo WHERE 1=0"_s);
+    } catch (...) {
+        rollback();
+        throw;
+    }
+}
+
+Transaction::~Transaction() {
+    rollback();
+}
+
+void Transaction::commit() {
+    if (!m_open)
+        throw DatabaseError(u"The transaction was already ended."_s);
+    if (m_savepoint) {
+        if (m_dialect != Dialect::SqlServer)
+            exec(m_db, u"RELEASE SAVEPOINT "_s + Savepoint);
+    } else if (!m_db.commit()) {
+        const QString error = m_db.lastError().text();
+        rollback();
+        throw DatabaseError(error.isEmpty() ? u"The database did not commit."_s : error);
+    }
+    m_open = false;
+}
+
+void Transaction::rollback() noexcept {
+    if (!m_open)
+        return;
+    m_open = false;
+    try {
+        if (!m_savepoint) {
+            m_db.rollback();
+        } else if (m_dialect == Dialect::SqlServer) {
+            exec(m_db, u"ROLLBACK TRANSACTION "_s + Savepoint);
+        } else {
+            exec(m_db, u"ROLLBACK TO SAVEPOINT "_s + Savepoint);
+            exec(m_db, u"RELEASE SAVEPOINT "_s + Savepoint);
+        }
+    } catch (...) {
+        // A connection that is gone has dropped the work with it.
+    }
+}
+
 void ensureSchema(const QSqlDatabase& db) {
     runDdl(db, detail::SqliteCustomizeDdl, detail::SqlServerCustomizeDdl);
 }

@@ -71,6 +71,30 @@ Rows exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values
 // model asks for them.
 QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
 
+// A "SELECT ... ORDER BY ..." cut to its first row, as the engine writes it.
+QString firstRowOnly(const QSqlDatabase& db, const QString& select);
+
+// One unit of work on the host's connection: a transaction of its own, or a savepoint when the
+// host's connection is already inside a transaction of the host's. Its first statement claims
+// the right to write, so that tills wait for each other here, before a card is touched, and not
+// halfway through. Rolled back unless committed; the destructor never throws.
+class Transaction final {
+public:
+    explicit Transaction(const QSqlDatabase& db);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    void commit();
+    void rollback() noexcept;
+
+private:
+    QSqlDatabase m_db;
+    Dialect m_dialect;
+    bool m_savepoint = false;
+    bool m_open = false;
+};
+
 // Whether the statement returns at least one row.
 bool hasRow(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
 

@@ -1,8 +1,10 @@
 #include <pondar/genclass.h>
 
 #include "shell/database.h"
+#include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"
+#include "transactions/save.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -19,6 +21,17 @@ struct GenClass::Impl {
             return;
         db::ensureSchema(session.Conn);
         schemaReadyFor = key;
+    }
+
+    // Saves a till stopped in the middle of reach the ledger before anything else happens. A
+    // database that still does not answer leaves them waiting for the next chance.
+    void replay() {
+        try {
+            if (const QStringList posted = replayJournal(session); !posted.isEmpty())
+                showNotice(nullptr, replayMessage(posted));
+        } catch (const Error& e) {
+            showError(nullptr, e.message());
+        }
     }
 };
 
@@ -46,6 +59,7 @@ bool GenClass::StartApp(const QString& CStaffCode, const QString& bConnString,
     s.AppValue = CAppValue;
     s.TrsNo = CTrsNo;
     s.BillNo = CBillNo;
+    d->replay();
 
     if (CAppType == u"MAINMENU"_s) {
         s.AppValue = Currency();

@@ -14,6 +14,8 @@ void loadSettings(SessionSettings& session) {
     session.MemberComm = leadingNumber(ini.read(u"GeneralSetup"_s, u"MemberComm"_s));
     session.DownComm = leadingNumber(ini.read(u"GeneralSetup"_s, u"DownComm"_s));
     session.ServerComm = Currency::parse(ini.read(u"GeneralSetup"_s, u"ServerComm"_s));
+    // Only a site moving onto the component, whose old cards have no ledger lines, turns it off.
+    session.LedgerCheck = ini.read(u"GeneralSetup"_s, u"LedgerCheck"_s).trimmed() != u"0"_s;
 }
 
 } // namespace pondar

@@ -15,6 +15,7 @@ namespace pondar {
 namespace card {
 class ReaderLibrary;
 }
+class Journal;
 
 // What lives as long as the component: the particulars StartApp was given, the rates of the
 // settings file, the host's connection, the reader and the clock. Screens get it passed in;
@@ -33,6 +34,7 @@ struct SessionSettings {
     double MemberComm = 0.0;
     double DownComm = 0.0;
     Currency ServerComm;
+    bool LedgerCheck = true; // "0" switches the card-vs-ledger check off
 
     QSqlDatabase Conn;
     Currency AppValue; // the host's proposed amount; 0 in the main menu
@@ -47,6 +49,9 @@ struct SessionSettings {
     std::uint16_t LoginSector = 0;
     QString CardSerial;
     QString DefFF = QStringLiteral("FF"); // the login key text; its first two hex digits
+
+    // The till's journal of Saves, opened on first use beside the settings file.
+    std::shared_ptr<Journal> TillJournal;
 
     // The clock of reference numbers, log lines and slips; tests fix it.
     std::function<QDateTime()> clock;

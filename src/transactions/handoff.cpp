@@ -22,7 +22,8 @@ bool WriteHandOff(const QString& iniPath, const HandOff& h) {
                                    {u"WriteValue"_s, h.writeValue.toShortString()},
                                    {u"NewValue"_s, h.newValue.toShortString()},
                                    {u"ReturnFlag"_s, QString::number(h.returnFlag)},
-                                   {u"ReturnRefTrsNo"_s, h.refNo}});
+                                   {u"ReturnRefTrsNo"_s, h.refNo},
+                                   {u"Posted"_s, h.posted ? u"1"_s : u"0"_s}});
 }
 
 } // namespace pondar

@@ -24,11 +24,13 @@ struct HandOff {
     Currency newValue;
     std::int16_t returnFlag = 1;
     QString refNo;
+    bool posted = true; // false: the card holds the value, the ledger has it only in the journal
 };
 
-// Writes CardNo, CardName, OldValue, PenValue, WriteValue, NewValue, ReturnFlag and
-// ReturnRefTrsNo in this order, amounts in their shortest form (150, 12.5, 0). False when the
-// file could not be written; like the host's own writer, callers go on regardless.
+// Writes CardNo, CardName, OldValue, PenValue, WriteValue, NewValue, ReturnFlag,
+// ReturnRefTrsNo and Posted ("1" or "0") in this order, amounts in their shortest form (150, 12.5,
+// 0). False when the file could not be written; like the host's own writer, callers go on
+// regardless.
 bool WriteHandOff(const QString& iniPath, const HandOff& handOff);
 
 } // namespace pondar

@@ -3,6 +3,7 @@
 #include "shell/database.h"
 #include "shell/session.h"
 #include "shell/text.h"
+#include "transactions/posting.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -24,15 +25,41 @@ MemberExtras LoadMemberExtras(const QSqlDatabase& db, const QString& cardNo) {
     return extras;
 }
 
-void AddIntroducerCredit(const SessionSettings& session, const QString& introducer, Currency topUp,
-                         const QString& refNo) {
+void AddIntroducerCredit(const QSqlDatabase& db, const Posting& p, Currency topUp) {
     // An empty code is stored as '' (not NULL), so the row still groups under "no introducer".
-    db::exec(session.Conn,
+    const QString& introducer = p.boxes.introducer;
+    db::exec(db,
              u"INSERT INTO Customize_Topup (cardNo,DateInput,UpdateStatus,FValue,TrsNo,RefTrsNo) "
              "VALUES (?,?,0,?,?,?)"_s,
-             {introducer.isNull() ? u""_s : introducer, bizDateValue(session.BzDate),
-              db::bindMoney(topUp.percent(session.DownComm)),
-              session.TrsNo.isNull() ? u""_s : session.TrsNo, refNo});
+             {introducer.isNull() ? u""_s : introducer, bizDateValue(p.bzDate),
+              db::bindMoney(topUp.percent(p.downComm)), p.trsNo.isNull() ? u""_s : p.trsNo,
+              p.refNo});
+}
+
+LedgerBalance ledgerBalance(const QSqlDatabase& db, const QString& cardNo) {
+    auto q = db::exec(db,
+                      db::firstRowOnly(db, u"SELECT NewValue,RefTrsNo FROM Customize_Transaction "
+                                           "WHERE CardNo=? AND Billtype<>'PED' ORDER BY ID DESC"_s),
+                      {cardNo});
+    LedgerBalance out;
+    if (q.next()) {
+        out.balance = db::readMoney(q.value(0));
+        out.lastRef = q.value(1).toString();
+    }
+    return out;
+}
+
+PendingRows pendingRows(const QSqlDatabase& db, const QString& cardNo) {
+    auto q = db::exec(db,
+                      u"SELECT ID,FValue FROM Customize_Topup WHERE CardNo=? AND UpdateStatus=0 "
+                      "ORDER BY ID"_s,
+                      {cardNo});
+    PendingRows out;
+    while (q.next()) {
+        out.ids.append(q.value(0).toLongLong());
+        out.sum += db::readMoney(q.value(1));
+    }
+    return out;
 }
 
 QSqlQuery pendingGridQuery(const QSqlDatabase& db, const QString& cardNo) {

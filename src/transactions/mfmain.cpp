@@ -273,13 +273,52 @@ bool MFMAIN::ReadCardToScreen() {
 }
 
 void MFMAIN::connectClicked() {
+    // What the journal holds goes to the ledger first, so the check below sees it.
+    if (const QStringList posted = replayJournal(m_session); !posted.isEmpty())
+        showNotice(this, replayMessage(posted));
     if (!ReadCardToScreen())
         return;
+    const QString cardNo = TXT[txt::CardNo]->text();
+    const Currency balance = Currency::parse(TXT[txt::Balance]->text());
+    if (const QStringList posted = settleOpenSaves(m_session, cardNo, balance); !posted.isEmpty()) {
+        showNotice(this, replayMessage(posted));
+        LoadMemberExtras(cardNo);
+    }
     refreshHistory();
     if (!m_memberFound) {
         showError(this, NotAMember);
         ClearEntry();
+        return;
     }
+    checkLedger(cardNo, balance);
+}
+
+// A card that does not hold its ledger balance takes no Save until a supervisor puts it right:
+// the ledger's balance onto the card, or the card's difference into the ledger.
+void MFMAIN::checkLedger(const QString& cardNo, Currency balance) {
+    const CardLedgerCheck check = checkCardAgainstLedger(m_session, cardNo, balance);
+    if (check.matches)
+        return;
+    showError(this, check.message());
+    if (askYesNo(this, u"Write the Database balance to the Card ?"_s)) {
+        if (!askSupervisorPassword(m_session, this))
+            return;
+        if (!writeLedgerBalanceToCard(m_session, m_prompts, connectedCard(), check)) {
+            showError(this, u"Error Writing to Card !!!"_s);
+            return;
+        }
+        ReadCardToScreen();
+        return;
+    }
+    if (askYesNo(this, u"Post the Card balance as an adjustment ?"_s) &&
+        askSupervisorPassword(m_session, this)) {
+        postCardDifference(m_session, boxes(), check);
+        refreshHistory();
+    }
+}
+
+ConnectedCard MFMAIN::connectedCard() const {
+    return {m_serialRead, TXT[txt::CardNo]->text(), TXT[txt::Balance]->text(), m_memberFound};
 }
 
 void MFMAIN::LoadMemberExtras(const QString& cardNo) {
@@ -337,10 +376,8 @@ void MFMAIN::focusBox(int index) {
 void MFMAIN::save() {
     using Status = SaveOutcome::Status;
     m_transactionOk = false;
-    const ConnectedCard connected{m_serialRead, TXT[txt::CardNo]->text(), TXT[txt::Balance]->text(),
-                                  m_memberFound};
     TransactionSave service(m_session, m_prompts);
-    const SaveOutcome outcome = service.save(m_mode, boxes(), connected);
+    const SaveOutcome outcome = service.save(m_mode, boxes(), connectedCard());
     switch (outcome.status) {
     case Status::Refused:
     case Status::NotWritten:
@@ -348,7 +385,9 @@ void MFMAIN::save() {
         focusBox(outcome.focus);
         return;
     case Status::Unposted:
-        // The card holds the new value: nothing may offer the same Save again.
+        // The card holds the new value and the customer owes it; the journal posts it later.
+        // Nothing may offer the same Save again.
+        m_transactionOk = true;
         for (int i : {1, 3, 4})
             CBUT[i]->setEnabled(false);
         showError(this, outcome.message, outcome.title);

@@ -4,6 +4,7 @@
 #include "card/widgetprompts.h"
 #include "shell/entryboxes.h"
 #include "shell/modes.h"
+#include "transactions/save.h"
 #include "transactions/saveplan.h"
 
 #include <QDialog>
@@ -49,6 +50,8 @@ private:
     // Connect: false when the card could not be read (its message was shown).
     bool ReadCardToScreen();
     void connectClicked();
+    void checkLedger(const QString& cardNo, Currency balance);
+    ConnectedCard connectedCard() const;
     void LoadMemberExtras(const QString& cardNo);
     void ClearEntry();
     void refreshHistory();

@@ -5,6 +5,11 @@
 #include "shell/session.h"
 #include "shell/text.h"
 #include "transactions/handoff.h"
+#include "transactions/ledger.h"
+
+#include <pondar/error.h>
+
+#include <QJsonArray>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -27,64 +32,168 @@ void step(QStringList* done, const QString& name) {
         done->append(name);
 }
 
+const char16_t* const BoxKeys[] = {u"cardNo",   u"name",      u"balance",   u"topUp",
+                                   u"adjustIn", u"adjustOut", u"withdraw",  u"remark",
+                                   u"pending",  u"extra",     u"staffCode", u"introducer"};
+
+QString* boxField(TransactionBoxes& b, int i) {
+    QString* fields[] = {&b.cardNo,   &b.name,   &b.balance, &b.topUp, &b.adjustIn,  &b.adjustOut,
+                         &b.withdraw, &b.remark, &b.pending, &b.extra, &b.staffCode, &b.introducer};
+    return fields[i];
+}
+
 } // namespace
 
-void PostTransaction(const SessionSettings& session, TransactionMode mode, TransactionForm& form,
-                     const SavePlan& plan, QStringList* done) {
-    const TransactionBoxes& b = form.boxes;
-    const QVariant trsDate = bizDateValue(session.BzDate);
-    const Currency pending = Currency::parse(b.pending);
+QJsonObject Posting::toJson() const {
+    QJsonObject b;
+    TransactionBoxes copy = boxes;
+    for (int i = 0; i < 12; ++i)
+        b.insert(QString::fromUtf16(BoxKeys[i]), *boxField(copy, i));
+    QJsonArray rows;
+    for (qint64 id : pendingRows)
+        rows.append(QString::number(id));
+    return {{u"mode"_s, modeText(mode)},
+            {u"boxes"_s, b},
+            {u"billType"_s, billTypeCode(plan.billType)},
+            {u"writeValue"_s, plan.writeValue.toShortString()},
+            {u"newValue"_s, plan.newValue.toShortString()},
+            {u"refNo"_s, refNo},
+            {u"pendingRows"_s, rows},
+            {u"pending"_s, pending.toShortString()},
+            {u"moment"_s, isoDateTime(moment)},
+            {u"staffCode"_s, staffCode},
+            {u"bzDate"_s, bzDate},
+            {u"outlet"_s, outlet},
+            {u"trsNo"_s, trsNo},
+            {u"billNo"_s, billNo},
+            {u"serverComm"_s, serverComm.toShortString()},
+            {u"downComm"_s, downComm}};
+}
 
-    if (pending > Currency()) {
-        form.currentRef = MakeRefNo(session.now(), b.cardNo, b.introducer);
-        db::exec(session.Conn,
+Posting Posting::fromJson(const QJsonObject& json) {
+    Posting p;
+    const auto mode = modeFromText(json.value(u"mode"_s).toString());
+    const auto type = billTypeFromCode(json.value(u"billType"_s).toString());
+    if (!mode || !type)
+        throw Error(u"A journal entry holds no posting."_s);
+    p.mode = *mode;
+    p.plan.billType = *type;
+    const QJsonObject b = json.value(u"boxes"_s).toObject();
+    for (int i = 0; i < 12; ++i)
+        *boxField(p.boxes, i) = b.value(QString::fromUtf16(BoxKeys[i])).toString();
+    const auto money = [&](const QString& key) {
+        return Currency::parse(json.value(key).toString());
+    };
+    p.plan.writeValue = money(u"writeValue"_s);
+    p.plan.newValue = money(u"newValue"_s);
+    p.refNo = json.value(u"refNo"_s).toString();
+    for (const QJsonValue& id : json.value(u"pendingRows"_s).toArray())
+        p.pendingRows.append(id.toString().toLongLong());
+    p.pending = money(u"pending"_s);
+    p.moment = QDateTime::fromString(json.value(u"moment"_s).toString(), u"yyyy-MM-dd HH:mm:ss"_s);
+    p.staffCode = json.value(u"staffCode"_s).toString();
+    p.bzDate = json.value(u"bzDate"_s).toString();
+    p.outlet = json.value(u"outlet"_s).toString();
+    p.trsNo = json.value(u"trsNo"_s).toString();
+    p.billNo = json.value(u"billNo"_s).toString();
+    p.serverComm = money(u"serverComm"_s);
+    p.downComm = json.value(u"downComm"_s).toDouble();
+    return p;
+}
+
+Posting makePosting(const SessionSettings& session, TransactionMode mode,
+                    const TransactionBoxes& boxes, const SavePlan& plan,
+                    const QList<qint64>& pendingRows, Currency pending) {
+    Posting p;
+    p.mode = mode;
+    p.boxes = boxes;
+    p.boxes.pending = pending.format();
+    p.plan = plan;
+    p.pendingRows = pendingRows;
+    p.pending = pending;
+    p.moment = session.now();
+    // One reference for the settlement and the transaction line: both are made in one moment.
+    p.refNo = MakeRefNo(p.moment, boxes.cardNo, boxes.introducer);
+    p.staffCode = session.StaffCode;
+    p.bzDate = session.BzDate;
+    p.outlet = session.OutletCode;
+    p.trsNo = session.TrsNo;
+    p.billNo = session.BillNo;
+    p.serverComm = session.ServerComm;
+    p.downComm = session.DownComm;
+    return p;
+}
+
+bool isPosted(const QSqlDatabase& db, const Posting& p) {
+    auto q = db::exec(db,
+                      u"SELECT Billtype,PreviousValue,NewValue FROM Customize_Transaction "
+                      "WHERE RefTrsNo=? AND CardNo=?"_s,
+                      {p.refNo, textValue(p.boxes.cardNo)});
+    const Currency previous = Currency::parse(p.boxes.balance);
+    while (q.next()) {
+        if (q.value(0).toString() == billTypeCode(p.plan.billType) &&
+            db::readMoney(q.value(1)) == previous && db::readMoney(q.value(2)) == p.plan.newValue)
+            return true;
+    }
+    return false;
+}
+
+void PostTransaction(const QSqlDatabase& db, const Posting& p, QStringList* done) {
+    if (isPosted(db, p))
+        return;
+    const TransactionBoxes& b = p.boxes;
+    const QVariant trsDate = bizDateValue(p.bzDate);
+
+    if (p.pending > Currency()) {
+        db::exec(db,
                  u"INSERT INTO Customize_Transaction "
                  "(TrsOutlet,RefTrsNo,CardNo,Name,TrsDate,TrsNo,Billtype,PValue) "
                  "VALUES (?,?,?,?,?,?,?,?)"_s,
-                 {textValue(session.OutletCode), form.currentRef, textValue(b.cardNo),
-                  textValue(b.name), trsDate, textValue(session.TrsNo),
-                  billTypeCode(BillType::Pending), db::bindMoney(pending)});
+                 {textValue(p.outlet), p.refNo, textValue(b.cardNo), textValue(b.name), trsDate,
+                  textValue(p.trsNo), billTypeCode(BillType::Pending), db::bindMoney(p.pending)});
         step(done, u"PED line"_s);
-        // Every pending row of the card, also rows added after the screen read the pending
-        // total. Rows settled earlier keep their settlement date, and the statement touches only
-        // what is pending, so a card's long history does not slow its Save.
-        db::exec(session.Conn,
-                 u"UPDATE Customize_Topup set DateUpdate=?,UpdateStatus=1 "
-                 "where CardNo=? and UpdateStatus=0"_s,
-                 {session.now(), textValue(b.cardNo)});
+        // Exactly the rows whose sum went onto the card: a credit another till adds meanwhile
+        // stays pending for the card's next use.
+        for (qint64 id : p.pendingRows)
+            db::exec(db,
+                     u"UPDATE Customize_Topup set DateUpdate=?,UpdateStatus=1 "
+                     "where ID=? and UpdateStatus=0"_s,
+                     {p.moment, id});
         step(done, u"pending top-ups settled"_s);
     }
 
-    const bool valueIn = plan.billType == BillType::In || plan.billType == BillType::AdjustIn;
-    form.currentRef = MakeRefNo(session.now(), b.cardNo, b.introducer);
-    db::exec(session.Conn,
+    const bool valueIn = p.plan.billType == BillType::In || p.plan.billType == BillType::AdjustIn;
+    db::exec(db,
              u"INSERT INTO Customize_Transaction "
              "(PreviousValue,NewValue,TrsOutlet,RefTrsNo,CardNo,Name,TrsDate,TrsNo,BillNo,"
              "Billtype,PendingValue,PValue,TopupValue,ExtraValue,Remark) "
              "VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"_s,
-             {db::bindMoney(Currency::parse(b.balance)), db::bindMoney(plan.newValue),
-              textValue(session.OutletCode), form.currentRef, textValue(b.cardNo),
-              textValue(b.name), trsDate, textValue(session.TrsNo), textValue(session.BillNo),
-              billTypeCode(plan.billType), db::bindMoney(pending),
-              db::bindMoney(valueIn ? plan.writeValue : -plan.writeValue),
+             {db::bindMoney(Currency::parse(b.balance)), db::bindMoney(p.plan.newValue),
+              textValue(p.outlet), p.refNo, textValue(b.cardNo), textValue(b.name), trsDate,
+              textValue(p.trsNo), textValue(p.billNo), billTypeCode(p.plan.billType),
+              db::bindMoney(p.pending),
+              db::bindMoney(valueIn ? p.plan.writeValue : -p.plan.writeValue),
               valueIn ? db::bindMoney(Currency::parse(b.topUp)) : unset(),
               valueIn ? db::bindMoney(Currency::parse(b.extra)) : unset(), textValue(b.remark)});
-    step(done, billTypeCode(plan.billType) + u" line"_s);
+    step(done, billTypeCode(p.plan.billType) + u" line"_s);
 
-    if (mode == TransactionMode::TopUp) {
+    if (p.mode == TransactionMode::TopUp) {
         // On the paid top-up only; the extra value earns no commission.
         const Currency topUp = Currency::parse(b.topUp);
-        db::exec(session.Conn,
+        db::exec(db,
                  u"INSERT INTO Customize_StaffComm "
                  "(RefTrsNo,CardNo,Name,TrsDate,StaffCode,TopupValue,PValue) "
                  "VALUES (?,?,?,?,?,?,?)"_s,
-                 {form.currentRef, textValue(b.cardNo), textValue(b.name), trsDate,
-                  textValue(b.staffCode), db::bindMoney(topUp),
-                  db::bindMoney(topUp.percent(session.ServerComm.toDouble()))});
+                 {p.refNo, textValue(b.cardNo), textValue(b.name), trsDate, textValue(b.staffCode),
+                  db::bindMoney(topUp), db::bindMoney(topUp.percent(p.serverComm.toDouble()))});
         step(done, u"staff commission line"_s);
     }
+    if (p.plan.billType == BillType::In) {
+        AddIntroducerCredit(db, p, Currency::parse(b.topUp));
+        step(done, u"introducer credit"_s);
+    }
 
-    writeLog(session, transactionLogText(mode, plan.billType, b));
+    writeLog(db, p.staffCode, p.bzDate, p.moment, transactionLogText(p.mode, p.plan.billType, b));
     step(done, u"activity log"_s);
 }
 

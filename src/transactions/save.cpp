@@ -1,10 +1,12 @@
 #include "transactions/save.h"
 
 #include "card/membercard.h"
+#include "shell/activitylog.h"
+#include "shell/database.h"
 #include "shell/session.h"
 #include "shell/text.h"
 #include "transactions/handoff.h"
-#include "transactions/ledger.h"
+#include "transactions/journal.h"
 
 #include <pondar/error.h>
 
@@ -20,36 +22,34 @@ namespace pondar {
 
 namespace {
 
-QString headline(const UnpostedWrite& r) {
-    return r.posted.isEmpty()
-               ? u"The card was written but the transaction was not posted to the database !!!"_s
-               : u"The card was written but the transaction was only partly posted to the "
-                 "database !!!"_s;
-}
+const QString NotAMember = u"Member either inactive or not Found in Database !!!"_s;
+const QString WriteFailed = u"Error Writing to Card !!!"_s;
+const QString Headline =
+    u"The card was written but the transaction was not posted to the database !!!"_s;
 
 // The lines the operator sees; the file holds them too, with the error on one line.
 QStringList summary(const UnpostedWrite& r, bool oneLineError) {
+    const Posting& p = r.posting;
     return {
-        u"Card No : "_s + r.boxes.cardNo + u" / "_s + r.boxes.name,
-        u"Transaction : "_s + billTypeCode(r.plan.billType) + u' ' + r.plan.writeValue.format(),
-        u"New Card Bal. : "_s + r.plan.newValue.format(),
-        u"Ref No : "_s + r.refNo,
-        u"Posted before the error : "_s +
-            (r.posted.isEmpty() ? u"nothing"_s : r.posted.join(u", "_s)),
+        u"Card No : "_s + p.boxes.cardNo + u" / "_s + p.boxes.name,
+        u"Transaction : "_s + billTypeCode(p.plan.billType) + u' ' + p.plan.writeValue.format(),
+        u"New Card Bal. : "_s + p.plan.newValue.format(),
+        u"Ref No : "_s + p.refNo,
         u"Error : "_s + (oneLineError ? r.error.simplified() : r.error.trimmed()),
     };
 }
 
 QString fileBlock(const UnpostedWrite& r) {
+    const Posting& p = r.posting;
     QStringList lines;
-    lines << isoDateTime(r.moment) + u' ' + headline(r);
+    lines << isoDateTime(r.moment) + u' ' + Headline;
     lines << summary(r, true);
-    lines << u"Previous Bal. : "_s + Currency::parse(r.boxes.balance).format()
-          << u"Pending : "_s + Currency::parse(r.boxes.pending).format()
-          << u"Topup : "_s + r.boxes.topUp + u"  Extra : "_s + r.boxes.extra
-          << u"Staff Code : "_s + r.boxes.staffCode << u"Trs No : "_s + r.trsNo
-          << u"Bill No : "_s + r.billNo << u"Outlet : "_s + r.outlet
-          << u"Business Date : "_s + r.bzDate;
+    lines << u"Previous Bal. : "_s + Currency::parse(p.boxes.balance).format()
+          << u"Pending : "_s + p.pending.format()
+          << u"Topup : "_s + p.boxes.topUp + u"  Extra : "_s + p.boxes.extra
+          << u"Staff Code : "_s + p.boxes.staffCode << u"Trs No : "_s + p.trsNo
+          << u"Bill No : "_s + p.billNo << u"Outlet : "_s + p.outlet
+          << u"Business Date : "_s + p.bzDate;
     return lines.join(u"\r\n"_s) + u"\r\n\r\n"_s;
 }
 
@@ -70,7 +70,74 @@ QString errorText(const std::exception& e) {
     return QString::fromUtf8(e.what());
 }
 
+SaveOutcome stopped(SaveOutcome::Status status, const QString& message,
+                    const QString& title = u"Message"_s, int focus = txt::None) {
+    SaveOutcome out;
+    out.status = status;
+    out.message = message;
+    out.title = title;
+    out.focus = focus;
+    return out;
+}
+
+SaveDecision planFor(TransactionMode mode, const TransactionBoxes& boxes) {
+    switch (mode) {
+    case TransactionMode::TopUp:
+        return planTopUp(boxes);
+    case TransactionMode::Withdraw:
+        return planWithdraw(boxes);
+    case TransactionMode::Adjustment:
+        return planAdjustment(boxes);
+    case TransactionMode::Enquiry:
+        break;
+    }
+    SaveDecision nothing;
+    nothing.refusal = SaveRefusal{u"Nothing to save !!!"_s, u"message"_s, txt::None};
+    return nothing;
+}
+
+CardLedgerCheck compare(SessionSettings& session, const QString& cardNo, Currency card) {
+    CardLedgerCheck check;
+    check.card = card;
+    if (!session.LedgerCheck)
+        return check;
+    const LedgerBalance ledger = ledgerBalanceOf(session, cardNo);
+    check.ledger = ledger.balance;
+    check.lastRef = ledger.lastRef;
+    check.matches = card == ledger.balance;
+    return check;
+}
+
+void logMismatch(SessionSettings& session, const QString& cardNo, const CardLedgerCheck& c) {
+    writeLog(session, u"Card Balance does not match the Database : CardNo : "_s + cardNo +
+                          u" Card "_s + c.card.format() + u" Database "_s + c.ledger.format() +
+                          u" Last Ref "_s + c.lastRef);
+}
+
+QString describe(const Posting& p) {
+    return u"CardNo : "_s + p.boxes.cardNo + u" / "_s + p.boxes.name + u"  "_s +
+           billTypeCode(p.plan.billType) + u' ' + p.plan.writeValue.format() +
+           u"  New Card Bal. : "_s + p.plan.newValue.format() + u"  Ref No : "_s + p.refNo;
+}
+
+// Posts one journal entry in a transaction of its own; true when its lines were not in the
+// ledger before.
+bool postEntry(SessionSettings& session, Journal& journal, const Journal::Entry& entry) {
+    db::Transaction tx(session.Conn);
+    const bool fresh = !isPosted(session.Conn, entry.posting);
+    PostTransaction(session.Conn, entry.posting);
+    tx.commit();
+    journal.mark(entry.id, Journal::State::Posted);
+    return fresh;
+}
+
 } // namespace
+
+QString CardLedgerCheck::message() const {
+    return u"Card Balance does not match the Database !!!\n\nCard : "_s + card.format() +
+           u"\nDatabase : "_s + ledger.format() + u"\nLast Ref No : "_s +
+           (lastRef.isEmpty() ? u"none"_s : lastRef);
+}
 
 QString recoveryFilePath(const QString& iniPath) {
     return QFileInfo(iniPath).absoluteDir().filePath(u"pondar-recovery.txt"_s);
@@ -85,51 +152,127 @@ QString recordUnpostedWrite(const QString& iniPath, const UnpostedWrite& record)
                                   ? QString(u"These details were added to "_s + path + u'.')
                                   : u"These details could not be added to "_s + path + u" ("_s +
                                         failure + u"). Please note them down !!!"_s;
-        return headline(record) + u"\n\n"_s + summary(record, false).join(u'\n') + u"\n\n"_s +
+        return Headline + u"\n\n"_s + summary(record, false).join(u'\n') +
+               u"\n\nThe transaction waits in the till's journal and is posted as soon as the "
+               "database answers again. "_s +
                where;
     } catch (...) {
-        return u"The card was written but the transaction was not posted to the database !!!"_s;
+        return Headline;
     }
 }
 
-namespace {
-
-const QString NotAMember = u"Member either inactive or not Found in Database !!!"_s;
-const QString WriteFailed = u"Error Writing to Card !!!"_s;
-
-SaveOutcome stopped(SaveOutcome::Status status, const QString& message,
-                    const QString& title = u"Message"_s, int focus = txt::None) {
-    SaveOutcome out;
-    out.status = status;
-    out.message = message;
-    out.title = title;
-    out.focus = focus;
-    return out;
+Journal& journalOf(SessionSettings& session) {
+    const QString path = Journal::pathFor(session.IniPath);
+    if (!session.TillJournal || session.TillJournal->path() != path)
+        session.TillJournal = std::make_shared<Journal>(session.IniPath);
+    return *session.TillJournal;
 }
 
-} // namespace
+LedgerBalance ledgerBalanceOf(SessionSettings& session, const QString& cardNo) {
+    LedgerBalance ledger = ledgerBalance(session.Conn, cardNo);
+    try {
+        const QList<Journal::Entry> waiting =
+            journalOf(session).entries(Journal::State::Written, cardNo);
+        if (!waiting.isEmpty()) {
+            ledger.balance = waiting.constLast().posting.plan.newValue;
+            ledger.lastRef = waiting.constLast().posting.refNo;
+        }
+    } catch (const Error&) {
+        // A journal that cannot be opened holds nothing this till could have written.
+    }
+    return ledger;
+}
+
+CardLedgerCheck checkCardAgainstLedger(SessionSettings& session, const QString& cardNo,
+                                       Currency cardBalance) {
+    const CardLedgerCheck check = compare(session, cardNo, cardBalance);
+    if (!check.matches)
+        logMismatch(session, cardNo, check);
+    return check;
+}
+
+QStringList replayJournal(SessionSettings& session) {
+    Journal& journal = journalOf(session);
+    QStringList posted;
+    for (const Journal::Entry& entry : journal.entries(Journal::State::Written)) {
+        if (postEntry(session, journal, entry))
+            posted << describe(entry.posting);
+    }
+    return posted;
+}
+
+QStringList settleOpenSaves(SessionSettings& session, const QString& cardNo, Currency cardBalance) {
+    Journal& journal = journalOf(session);
+    QStringList posted;
+    for (const Journal::Entry& entry : journal.entries(Journal::State::Recorded, cardNo)) {
+        if (cardBalance == entry.posting.plan.newValue) {
+            journal.mark(entry.id, Journal::State::Written);
+            if (postEntry(session, journal, entry))
+                posted << describe(entry.posting);
+        } else if (cardBalance == entry.oldBalance) {
+            journal.mark(entry.id, Journal::State::Void);
+        }
+    }
+    return posted;
+}
+
+QString replayMessage(const QStringList& posted) {
+    return u"Transactions kept in the till's journal were posted to the database !!!\n\n"_s +
+           posted.join(u'\n');
+}
+
+bool writeLedgerBalanceToCard(SessionSettings& session, card::CardPrompts& prompts,
+                              const ConnectedCard& connected, const CardLedgerCheck& check) {
+    card::SilentPrompts silent;
+    card::MemberCard reader(session, silent);
+    card::CardData data;
+    if (reader.read(data) != card::ReadResult::Ok || session.CardSerial != connected.serial ||
+        data.code != connected.code || data.balance != check.card)
+        return false;
+    card::MemberCard writer(session, prompts);
+    if (!writer.writeValue(check.ledger))
+        return false;
+    writeLog(session, u"Card Balance set to the Database : CardNo : "_s + connected.code +
+                          u" from "_s + check.card.format() + u" to "_s + check.ledger.format());
+    return true;
+}
+
+void postCardDifference(SessionSettings& session, const TransactionBoxes& boxes,
+                        const CardLedgerCheck& check) {
+    db::Transaction tx(session.Conn);
+    if (ledgerBalanceOf(session, boxes.cardNo).balance != check.ledger)
+        throw Error(u"The Database balance changed meanwhile, press Connect again !!!"_s);
+    const bool in = check.card > check.ledger;
+    TransactionBoxes b = boxes;
+    b.balance = check.ledger.format();
+    b.pending = u"0"_s;
+    b.remark = u"Card/Database difference"_s;
+    b.topUp = b.extra = b.withdraw = QString();
+    (in ? b.adjustIn : b.adjustOut) =
+        (in ? check.card - check.ledger : check.ledger - check.card).format();
+    SavePlan plan;
+    plan.billType = in ? BillType::AdjustIn : BillType::AdjustOut;
+    plan.writeValue = in ? check.card - check.ledger : check.ledger - check.card;
+    plan.newValue = check.card;
+    Posting posting = makePosting(session, TransactionMode::Adjustment, b, plan, {}, Currency());
+    // Posted like a supervisor's adjustment, its log line included.
+    PostTransaction(session.Conn, posting);
+    tx.commit();
+}
 
 TransactionSave::TransactionSave(SessionSettings& session, card::CardPrompts& prompts)
     : m_session(session)
     , m_prompts(prompts) {}
 
+void TransactionSave::reach(Step step) const {
+    if (faultAt)
+        faultAt(step);
+}
+
 SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& boxes,
                                   const ConnectedCard& card) {
     using Status = SaveOutcome::Status;
-    SaveDecision decision;
-    switch (mode) {
-    case TransactionMode::TopUp:
-        decision = planTopUp(boxes);
-        break;
-    case TransactionMode::Withdraw:
-        decision = planWithdraw(boxes);
-        break;
-    case TransactionMode::Adjustment:
-        decision = planAdjustment(boxes);
-        break;
-    case TransactionMode::Enquiry:
-        return stopped(Status::Refused, u"Nothing to save !!!"_s, u"message"_s);
-    }
+    const SaveDecision decision = planFor(mode, boxes);
     if (!decision.plan) {
         const SaveRefusal& r = decision.refusal;
         return stopped(Status::Refused, r.text, r.title, r.focus);
@@ -137,13 +280,100 @@ SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& 
     // Without a member read by Connect there is no balance to build on.
     if (!card.memberFound)
         return stopped(Status::Refused, NotAMember);
-    const SavePlan& plan = *decision.plan;
     if (std::optional<SaveOutcome> refused = cardRefused(card))
         return *refused;
-    card::MemberCard writer(m_session, m_prompts);
-    if (!writer.confirmAndWriteValue(plan.billType, plan.writeValue, plan.newValue))
+    card::MemberCard::checkBalanceFits(decision.plan->newValue);
+    // Asked before the database is held: no till waits on an operator's answer.
+    if (!m_prompts.ask(card::valueQuestion(decision.plan->billType, decision.plan->writeValue)))
         return stopped(Status::NotWritten, WriteFailed);
-    return post(mode, boxes, plan);
+
+    const QSqlDatabase& db = m_session.Conn;
+    const Currency balance = Currency::parse(boxes.balance);
+    std::optional<db::Transaction> tx;
+    Posting posting;
+    try {
+        tx.emplace(db);
+        const CardLedgerCheck check = compare(m_session, boxes.cardNo, balance);
+        if (!check.matches) {
+            logMismatch(m_session, boxes.cardNo, check);
+            tx->commit();
+            return stopped(Status::Refused, check.message());
+        }
+        // What is pending now goes onto the card, not what Connect showed.
+        const PendingRows pending = pendingRows(db, boxes.cardNo);
+        TransactionBoxes now = boxes;
+        now.pending = pending.sum.format();
+        const SaveDecision again = planFor(mode, now);
+        if (!again.plan)
+            return stopped(Status::Refused, again.refusal.text, again.refusal.title,
+                           again.refusal.focus);
+        card::MemberCard::checkBalanceFits(again.plan->newValue);
+        posting = makePosting(m_session, mode, boxes, *again.plan, pending.ids, pending.sum);
+    } catch (const std::exception& e) {
+        return stopped(Status::NotWritten,
+                       u"Nothing was written to the Card: the database did not answer !!!\n\n"_s +
+                           errorText(e));
+    }
+
+    Journal& journal = journalOf(m_session);
+    qint64 entry = 0;
+    try {
+        entry = journal.record(posting, card.serial, balance);
+    } catch (const std::exception& e) {
+        return stopped(Status::NotWritten,
+                       u"Nothing was written to the Card: the till's journal cannot be kept !!!"
+                       "\n\n"_s +
+                           errorText(e));
+    }
+    card::MemberCard writer(m_session, m_prompts);
+    if (!writer.writeValue(posting.plan.newValue)) {
+        try {
+            journal.mark(entry, Journal::State::Void);
+        } catch (const std::exception&) {
+            // Left recorded, the card's next Connect finds the old balance and voids it.
+        }
+        return stopped(Status::NotWritten, WriteFailed);
+    }
+    reach(Step::CardWritten);
+    try {
+        journal.mark(entry, Journal::State::Written);
+    } catch (const std::exception&) {
+        // Left recorded, the card's next Connect finds the new balance and posts it.
+    }
+
+    SaveOutcome out;
+    out.refNo = posting.refNo;
+    HandOff handOff{boxes.cardNo,
+                    boxes.name,
+                    balance,
+                    posting.pending,
+                    posting.plan.writeValue,
+                    posting.plan.newValue,
+                    1,
+                    posting.refNo,
+                    true};
+    try {
+        PostTransaction(db, posting);
+        reach(Step::LinesPosted);
+        tx->commit();
+    } catch (const std::exception& e) {
+        tx->rollback();
+        out.status = Status::Unposted;
+        out.message = recordUnpostedWrite(m_session.IniPath,
+                                          UnpostedWrite{m_session.now(), posting, errorText(e)});
+        handOff.posted = false;
+        WriteHandOff(m_session.IniPath, handOff);
+        return out;
+    }
+    try {
+        journal.mark(entry, Journal::State::Posted);
+    } catch (const std::exception&) {
+        // A replay finds the lines in the ledger and only marks the entry.
+    }
+    WriteHandOff(m_session.IniPath, handOff);
+    out.status = Status::Posted;
+    out.slip = reports::SlipRequest{reports::TransactionSlip{posting.refNo, mode}, true};
+    return out;
 }
 
 // The card on the reader must be the one Connect read, still holding the balance shown: a card
@@ -160,45 +390,6 @@ std::optional<SaveOutcome> TransactionSave::cardRefused(const ConnectedCard& con
         return stopped(Status::NotWritten,
                        u"Card on the reader is not the card read, press Connect again !!!"_s);
     return std::nullopt;
-}
-
-SaveOutcome TransactionSave::post(TransactionMode mode, const TransactionBoxes& boxes,
-                                  const SavePlan& plan) {
-    SaveOutcome out;
-    TransactionForm form{boxes, {}};
-    QStringList posted;
-    try {
-        PostTransaction(m_session, mode, form, plan, &posted);
-        if (plan.billType == BillType::In) {
-            AddIntroducerCredit(m_session, boxes.introducer, Currency::parse(boxes.topUp),
-                                form.currentRef);
-            posted.append(u"introducer credit"_s);
-        }
-    } catch (const std::exception& e) {
-        const UnpostedWrite r{m_session.now(),
-                              boxes,
-                              plan,
-                              form.currentRef,
-                              posted,
-                              errorText(e),
-                              m_session.TrsNo,
-                              m_session.BillNo,
-                              m_session.OutletCode,
-                              m_session.BzDate};
-        out.status = SaveOutcome::Status::Unposted;
-        out.refNo = form.currentRef;
-        out.message = recordUnpostedWrite(m_session.IniPath, r);
-        return out;
-    }
-
-    WriteHandOff(m_session.IniPath,
-                 HandOff{boxes.cardNo, boxes.name, Currency::parse(boxes.balance),
-                         Currency::parse(boxes.pending), plan.writeValue, plan.newValue, 1,
-                         form.currentRef});
-    out.status = SaveOutcome::Status::Posted;
-    out.refNo = form.currentRef;
-    out.slip = reports::SlipRequest{reports::TransactionSlip{form.currentRef, mode}, true};
-    return out;
 }
 
 } // namespace pondar

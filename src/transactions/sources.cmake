@@ -4,4 +4,5 @@ target_sources(pondar_core PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/handoff.cpp
     ${CMAKE_CURRENT_LIST_DIR}/posting.cpp
     ${CMAKE_CURRENT_LIST_DIR}/ledger.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/journal.cpp
     ${CMAKE_CURRENT_LIST_DIR}/save.cpp)

@@ -54,6 +54,13 @@ private Q_SLOTS:
             db::exec(f.db(),
                      u"INSERT INTO Customize_Topup (CardNo, FValue, UpdateStatus) VALUES (?,?,?)"_s,
                      {u"000001"_s, QString::fromLatin1(value), status});
+        db::exec(f.db(), u"INSERT INTO Customize_Transaction (CardNo,Billtype,NewValue) "
+                         "VALUES ('000001','IN',1234.5)"_s);
+        display.refresh();
+        QCOMPARE(boxes(&display), u"000001|TAN AH KOW|1234.50|25.00"_s);
+        // A card rewritten with more than its ledger holds still shows the ledger's balance.
+        QVERIFY(card.openSelectLogin(ValueSector) &&
+                card.writeField(ValueSector, u"VALUE"_s, u"9999"_s));
         display.refresh();
         QCOMPARE(boxes(&display), u"000001|TAN AH KOW|1234.50|25.00"_s);
 

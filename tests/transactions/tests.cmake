@@ -1,2 +1,3 @@
 pondar_test(tst_save transactions/tst_save.cpp)
 pondar_test(tst_mfmain transactions/tst_mfmain.cpp)
+pondar_test(tst_ledger transactions/tst_ledger.cpp)

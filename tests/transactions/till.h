@@ -4,10 +4,14 @@
 #include "shell/database.h"
 #include "shell/inifile.h"
 #include "support/fixtures.h"
+#include "transactions/ledger.h"
+#include "transactions/save.h"
 
 #include <QDateTime>
 
 namespace pondar::test {
+
+using namespace Qt::Literals::StringLiterals;
 
 // The moment every Save of these tests happens at.
 inline const QDateTime TillMoment(QDate(2026, 11, 15), QTime(16, 33, 5));
@@ -23,9 +27,15 @@ struct TillBase {
         f.addStaff(QStringLiteral("S01"), QStringLiteral("Sam"));
     }
 
+    // A member's card on the reader, its balance backed by an opening ledger line (reference
+    // "OPENING", which the tests leave out when they list what a Save posted).
     void card(const QString& code, const QString& name, const QString& balance,
               std::array<card::uint8, 4> uid = {0x11, 0x22, 0x33, 0x44}) const {
         issueCard(sim, code, name, balance, uid);
+        db::exec(f.db(),
+                 QStringLiteral("INSERT INTO Customize_Transaction (CardNo,Billtype,NewValue,"
+                                "RefTrsNo) VALUES (?,'AIN',?,'OPENING')"),
+                 {code, balance});
     }
     // Member 000123 with 5.00 pending and a card of 20.00 on the reader.
     void maxWithPending(const QString& introducer = {}) {
@@ -40,6 +50,47 @@ struct TillBase {
     }
     QString handOff(const QString& key) const {
         return IniFile(f.iniPath()).read(QStringLiteral("TRANSACTION"), key);
+    }
+};
+
+// A till without a screen: what Connect read, and the Save given the boxes.
+struct SaveTill : TillBase {
+    RecordingPrompts prompts;
+    SessionSettings s;
+    TransactionBoxes boxes;
+    ConnectedCard connected;
+
+    SaveTill() {
+        s.Conn = f.db();
+        s.IniPath = f.iniPath();
+        s.StaffCode = u"S01"_s;
+        s.BzDate = u"15/11/2026"_s;
+        s.OutletCode = u"OUT1"_s;
+        s.TrsNo = u"T9"_s;
+        s.BillNo = u"B7"_s;
+        s.ServerComm = Currency::parse(u"2"_s);
+        s.DownComm = 5;
+        s.clock = [] { return TillMoment; };
+        sim.attach(s);
+    }
+    // What Connect does: read the card, then the member's extras.
+    void connect() {
+        RecordingPrompts silent;
+        card::MemberCard c(s, silent);
+        card::CardData data;
+        if (c.read(data) != card::ReadResult::Ok)
+            qFatal("cannot read the card");
+        const MemberExtras extras = LoadMemberExtras(s.Conn, data.code);
+        boxes.cardNo = data.code;
+        boxes.name = data.name;
+        boxes.balance = data.balance.format();
+        boxes.pending = extras.pending.format();
+        boxes.introducer = extras.introducer;
+        boxes.staffCode = u"S01"_s;
+        connected = {s.CardSerial, data.code, boxes.balance, extras.found};
+    }
+    SaveOutcome save(TransactionMode mode) {
+        return TransactionSave(s, prompts).save(mode, boxes, connected);
     }
 };
 

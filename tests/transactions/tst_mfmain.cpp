@@ -79,11 +79,13 @@ private Q_SLOTS:
 
         const QString ref = u"15112026163305-000123-000045"_s;
         const QString common = ref + u"|2026-11-15 00:00:00|OUT1|T9|"_s;
-        QCOMPARE(till.f.rows(u"SELECT Billtype,PValue,PreviousValue,NewValue,PendingValue,"
-                             "TopupValue,ExtraValue,RefTrsNo,TrsDate,TrsOutlet,TrsNo,BillNo,CardNo,"
-                             "Name,Remark FROM Customize_Transaction ORDER BY ID"_s),
-                 u"PED|5|NULL|NULL|NULL|NULL|NULL|"_s + common + u"NULL|000123|Max|NULL\n"_s +
-                     u"IN|110|20|135|5|100|10|"_s + common + u"B7|000123|Max|"_s);
+        QCOMPARE(
+            till.f.rows(
+                u"SELECT Billtype,PValue,PreviousValue,NewValue,PendingValue,"
+                "TopupValue,ExtraValue,RefTrsNo,TrsDate,TrsOutlet,TrsNo,BillNo,CardNo,"
+                "Name,Remark FROM Customize_Transaction WHERE RefTrsNo<>'OPENING' ORDER BY ID"_s),
+            u"PED|5|NULL|NULL|NULL|NULL|NULL|"_s + common + u"NULL|000123|Max|NULL\n"_s +
+                u"IN|110|20|135|5|100|10|"_s + common + u"B7|000123|Max|"_s);
         // The pending row settled; the introducer's 5 % of the top-up (not of the extra) waits
         // under the top-up's reference, with no bill number.
         QCOMPARE(till.f.rows(u"SELECT cardNo,UpdateStatus,DateUpdate,FValue,DateInput,TrsNo,"
@@ -100,7 +102,7 @@ private Q_SLOTS:
                  "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n"
                  "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=000123\r\nCardName=Max\r\nOldValue=20\r\n"
                  "PenValue=5\r\nWriteValue=110\r\nNewValue=135\r\nReturnRefTrsNo=" +
-                     ref.toLatin1() + "\r\n");
+                     ref.toLatin1() + "\r\nPosted=1\r\n");
         // The printer file: ESC @, CR LF, the slip, CR LF, then the cut GS V 66 0.
         const QByteArray printed = test::readFile(till.f.printerPath());
         QVERIFY(printed.startsWith("\x1b@\r\n"));
@@ -110,7 +112,7 @@ private Q_SLOTS:
     }
 
     // The card took the new value, then the database failed: the operator is told, nothing is
-    // offered twice, and the host hears false.
+    // offered twice, and the host hears true (the customer owes the value) with Posted "0".
     void databaseFailureAfterTheCardWrite() {
         Till till;
         till.f.addMember(u"000123"_s, u"Max"_s);
@@ -126,8 +128,9 @@ private Q_SLOTS:
             saveOffered = child<QPushButton>(w, u"CBUT(1)"_s)->isEnabled();
             press(w, 0);
         });
-        QVERIFY(!till.start(u"TOPUP"_s, u"50"_s));
+        QVERIFY(till.start(u"TOPUP"_s, u"50"_s));
         QVERIFY(!saveOffered);
+        QCOMPARE(till.handOff(u"ReturnFlag"_s) + till.handOff(u"Posted"_s), u"10"_s);
         QCOMPARE(till.cardValue(), u"75"_s);
         QCOMPARE(boxes.seen().size(), 2);
         QVERIFY(boxes.seen().at(1).text.contains(recoveryFilePath(till.f.iniPath())));
