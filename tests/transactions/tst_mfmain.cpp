@@ -177,6 +177,8 @@ private Q_SLOTS:
         row("nothing", u"TOPUP"_s, {u"4=0"_s}, false, {}, {u"message: Nothing to save !!!"_s});
         row("negative", u"TOPUP"_s, {u"4=-1"_s}, false, {},
             {u"message: Negative Value Not Accepted !!!"_s});
+        row("negative extra", u"TOPUP"_s, {u"4=10"_s, u"11=-1000"_s}, false, {},
+            {u"message: Negative Value Not Accepted !!!"_s});
         row("a cent over balance and pending", u"WITHDRAW"_s, {u"8=25.01"_s}, false, {},
             {u"Message: Insufficient Value to withdraw !!!"_s});
         row("beyond the money range", u"WITHDRAW"_s, {u"8=99999999999999999"_s}, false, {},
