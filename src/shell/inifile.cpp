@@ -190,17 +190,37 @@ void apply(Lines& file, const QString& section, const QList<std::pair<QString, Q
         put(file, strip(section), strip(key), value);
 }
 
+QString lookUp(const Lines& file, const QString& section, const QString& key) {
+    const auto range = findSection(file, strip(section));
+    if (!range)
+        return {};
+    const QString wanted = strip(key);
+    for (qsizetype i = range->first + 1; i < range->second; ++i) {
+        const auto kv = keyValue(file.lines[i].text);
+        if (!kv || !same(file, kv->first, wanted))
+            continue;
+        QString value = decode(file, kv->second);
+        if (value.size() >= 2 && (value.front() == u'"' || value.front() == u'\'') &&
+            value.back() == value.front())
+            value = value.mid(1, value.size() - 2);
+        return value.left(IniFile::MaxValueLength);
+    }
+    return {};
+}
+
 #ifdef Q_OS_WIN
 
 bool replace(const QString& path, const QString& section,
              const QList<std::pair<QString, QString>>& entries) {
-    Lines file = load(path);
-    apply(file, section, entries);
+    QFile in(path);
+    const QByteArray after = IniFile::writeTo(
+        in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray(), section, entries);
+    in.close();
     QSaveFile out(path);
     out.setDirectWriteFallback(true);
     if (!out.open(QIODevice::WriteOnly))
         return false;
-    out.write(serialize(file));
+    out.write(after);
     return out.commit();
 }
 
@@ -287,9 +307,7 @@ bool replace(const QString& path, const QString& section,
     QByteArray before;
     if (!readAll(lock.fd, before))
         return false;
-    Lines file = parse(before);
-    apply(file, section, entries);
-    const QByteArray after = serialize(file);
+    const QByteArray after = IniFile::writeTo(before, section, entries);
 
     // The new contents go to a file beside it that then replaces it in one step, so a reader
     // never sees half a file. It takes the file's owner, group and mode, so that a host reading
@@ -317,22 +335,18 @@ IniFile::IniFile(QString path)
     : m_path(std::move(path)) {}
 
 QString IniFile::read(const QString& section, const QString& key) const {
-    const Lines file = load(m_path);
-    const auto range = findSection(file, strip(section));
-    if (!range)
-        return {};
-    const QString wanted = strip(key);
-    for (qsizetype i = range->first + 1; i < range->second; ++i) {
-        const auto kv = keyValue(file.lines[i].text);
-        if (!kv || !same(file, kv->first, wanted))
-            continue;
-        QString value = decode(file, kv->second);
-        if (value.size() >= 2 && (value.front() == u'"' || value.front() == u'\'') &&
-            value.back() == value.front())
-            value = value.mid(1, value.size() - 2);
-        return value.left(MaxValueLength);
-    }
-    return {};
+    return lookUp(load(m_path), section, key);
+}
+
+QString IniFile::readFrom(const QByteArray& contents, const QString& section, const QString& key) {
+    return lookUp(parse(contents), section, key);
+}
+
+QByteArray IniFile::writeTo(const QByteArray& contents, const QString& section,
+                            const QList<std::pair<QString, QString>>& entries) {
+    Lines file = parse(contents);
+    apply(file, section, entries);
+    return serialize(file);
 }
 
 bool IniFile::write(const QString& section, const QString& key, const QString& value) const {

@@ -35,6 +35,12 @@ public:
 
     const QString& path() const { return m_path; }
 
+    // The same rules on a file's contents in memory: what read() gives, and the contents a
+    // write() leaves.
+    static QString readFrom(const QByteArray& contents, const QString& section, const QString& key);
+    static QByteArray writeTo(const QByteArray& contents, const QString& section,
+                              const QList<std::pair<QString, QString>>& entries);
+
 private:
     QString m_path;
 };
