@@ -240,6 +240,38 @@ private Q_SLOTS:
         }
     }
 
+    // A card whose record would carry a control character into the hand-off or the slip, or
+    // whose balance is negative, reads as unreadable: nothing can be saved from it.
+    void hostileCardPostsNothing_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("balance");
+        QTest::newRow("CR LF in NAME") << u"A\r\nWriteValue=9"_s << u"20"_s;
+        QTest::newRow("ESC p in NAME") << u"TAN\x1bp"_s << u"20"_s;
+        QTest::newRow("VALUE -50") << u"Max"_s << u"-50"_s;
+    }
+    void hostileCardPostsNothing() {
+        QFETCH(QString, name);
+        QFETCH(QString, balance);
+        Till till;
+        till.f.addMember(u"000123"_s, u"Max"_s);
+        till.card(u"000123"_s, name, balance);
+        const QByteArray before = till.sim.image();
+        test::MessageBoxes boxes;
+        Screens screens([&](QWidget* w) {
+            press(w, 2);
+            box(w, txt::Withdraw)->setText(u"10"_s);
+            press(w, 3);
+            if (w->isVisible())
+                press(w, 0);
+        });
+        QVERIFY(!till.start(u"WITHDRAW"_s));
+        QVERIFY(!boxes.texts().isEmpty());
+        QCOMPARE(boxes.texts().constFirst(), u"Error Reading Device !!!"_s);
+        QCOMPARE(till.f.count(u"Customize_Transaction"_s), 0);
+        QCOMPARE(till.handOff(u"ReturnFlag"_s), u"0"_s);
+        QCOMPARE(till.sim.image(), before);
+    }
+
     // A code with a quote and statement text reaches the database as a value.
     void quotedCodePostsAsItIs() {
         Till till;
