@@ -293,7 +293,11 @@ int openLocked(const QByteArray& path) {
 
 bool replace(const QString& path, const QString& section,
              const QList<std::pair<QString, QString>>& entries) {
-    const QByteArray native = QFile::encodeName(path);
+    // A link to the settings file stays a link: the file it names is the one replaced.
+    const QFileInfo info(path);
+    const QString target =
+        info.isSymLink() && !info.canonicalFilePath().isEmpty() ? info.canonicalFilePath() : path;
+    const QByteArray native = QFile::encodeName(target);
     const Fd lock(openLocked(native));
     if (lock.fd < 0)
         return false;

@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -145,6 +146,12 @@ private Q_SLOTS:
         QCOMPARE(after.st_uid, before.st_uid);
         QCOMPARE(after.st_gid, before.st_gid);
         QCOMPARE(IniFile(path).read(u"S"_s, u"K"_s), u"2"_s);
+
+        const QString link = m_dir.filePath(u"link.ini"_s);
+        QVERIFY(QFile::link(path, link));
+        QVERIFY(IniFile(link).write(u"S"_s, u"K"_s, u"3"_s));
+        QVERIFY(QFileInfo(link).isSymLink());
+        QCOMPARE(IniFile(path).read(u"S"_s, u"K"_s), u"3"_s);
     }
 
     // Two processes writing different keys at once: every key of both survives.
