@@ -42,9 +42,9 @@ enum class ReadResult {
 // The message a screen shows for a failed read (empty for Ok).
 QString readFailureMessage(ReadResult result);
 
-// The balance held in a VALUE block: a plain decimal number ("150.5", "0", never negative) followed by
-// zero padding. A block of zeros (never written) is 0. Returns false for anything else, so
-// that a garbled balance is never taken for a number and then overwritten.
+// The balance held in a VALUE block: a plain decimal number ("150.5", "0", never negative)
+// followed by zero padding. A block of zeros (never written) is 0. Returns false for anything
+// else, so that a garbled balance is never taken for a number and then overwritten.
 bool parseBalance(const QByteArray& block, Currency& balance);
 
 // The member record on the card in the field, read and written through the session's reader.
