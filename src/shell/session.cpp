@@ -15,12 +15,17 @@ namespace {
 
 // A rate that is negative or not a finite number would turn bonuses, credits and commissions
 // into withdrawals or silent zeros; the till must not open on one.
+[[noreturn]] void badRate(const IniFile& ini, const QString& key, const QString& text,
+                          const QString& why) {
+    throw Error(u"Settings file \""_s + ini.path() + u"\": [GeneralSetup] "_s + key + u" \""_s +
+                text + u"\" "_s + why);
+}
+
 double rate(const IniFile& ini, const QString& key) {
     const QString text = ini.read(u"GeneralSetup"_s, key);
     const double value = leadingNumber(text);
     if (!std::isfinite(value) || value < 0.0)
-        throw Error(u"Settings file \""_s + ini.path() + u"\": [GeneralSetup] "_s + key + u" \""_s +
-                    text + u"\" is not a rate of 0 or more."_s);
+        badRate(ini, key, text, u"is not a rate of 0 or more."_s);
     return value;
 }
 
@@ -36,12 +41,11 @@ void loadSettings(SessionSettings& session) {
     session.MemberComm = rate(ini, u"MemberComm"_s);
     session.DownComm = rate(ini, u"DownComm"_s);
     rate(ini, u"ServerComm"_s);
-    const QString serverComm = ini.read(u"GeneralSetup"_s, u"ServerComm"_s);
     try {
-        session.ServerComm = Currency::parse(serverComm);
+        session.ServerComm = Currency::parse(ini.read(u"GeneralSetup"_s, u"ServerComm"_s));
     } catch (const CurrencyError&) {
-        throw Error(u"Settings file \""_s + session.IniPath +
-                    u"\": [GeneralSetup] ServerComm \""_s + serverComm + u"\" is out of range."_s);
+        badRate(ini, u"ServerComm"_s, ini.read(u"GeneralSetup"_s, u"ServerComm"_s),
+                u"is out of range."_s);
     }
     // Posted as TrsDate and compared by every report, the business date must be a real day.
     if (!parseDate(session.BzDate).isValid())
