@@ -11,8 +11,9 @@ namespace pondar {
 // Money: a signed count of ten-thousandths (four decimals) in 64 bits, the range of the Windows
 // currency type, -922337203685477.5808 to 922337203685477.5807.
 //
-// - Nothing converts to or from double implicitly. fromDouble() and percent() round half to even
-//   at the fourth decimal; parse() is exact, rounding half to even past the fourth decimal.
+// - Nothing converts to or from double implicitly. fromDouble() and percent() take the double's
+//   exact binary value and round half to even at the fourth decimal; parse() is exact, rounding
+//   half to even past the fourth decimal.
 // - parse() takes the number at the start of a text (blanks, tabs and line feeds are skipped,
 //   as the till's Val did), so "2.5%" is 2.5 and "", "abc" and "-" are 0.
 // - format() gives "#0.00": at least one integer digit, two decimals rounded half away from zero,
@@ -42,6 +43,9 @@ public:
 
     // This value times rate / 100, rounded half to even: extra values, commissions, credits.
     Currency percent(double rate) const;
+    // The same product shown as "#0.00", rounded once, straight to two decimals: 2.33 at 1.5
+    // is 0.03 (0.03495), where percent(1.5).format() would round twice and give 0.04.
+    QString formatPercent(double rate) const;
 
     Currency operator+(Currency other) const;
     Currency operator-(Currency other) const;

@@ -1,9 +1,11 @@
 -- The component's own tables and the indexes its statements need (SQLite).
 -- The component runs these itself when a table is missing; a DBA may run them by hand.
+-- Card and staff codes compare without regard to case (COLLATE NOCASE, which their indexes
+-- inherit), as under SQL Server's default collation.
 
 CREATE TABLE IF NOT EXISTS Customize_Transaction (
     ID            INTEGER PRIMARY KEY AUTOINCREMENT,
-    CardNo        VARCHAR(20),
+    CardNo        VARCHAR(20) COLLATE NOCASE,
     Name          VARCHAR(50),
     TrsDate       DATETIME,
     TrsNo         VARCHAR(30),
@@ -27,7 +29,7 @@ CREATE INDEX IF NOT EXISTS IX_Customize_Transaction_Date ON Customize_Transactio
 
 CREATE TABLE IF NOT EXISTS Customize_Topup (
     ID           INTEGER PRIMARY KEY AUTOINCREMENT,
-    cardNo       VARCHAR(20),
+    cardNo       VARCHAR(20) COLLATE NOCASE,
     DateInput    DATETIME,
     DateUpdate   DATETIME,
     UpdateStatus INTEGER NOT NULL DEFAULT 0,
@@ -43,10 +45,10 @@ CREATE INDEX IF NOT EXISTS IX_Customize_Topup_Pending ON Customize_Topup (Update
 
 CREATE TABLE IF NOT EXISTS Customize_StaffComm (
     ID         INTEGER PRIMARY KEY AUTOINCREMENT,
-    StaffCode  VARCHAR(10),
+    StaffCode  VARCHAR(10) COLLATE NOCASE,
     TrsDate    DATETIME,
     RefTrsNo   VARCHAR(60),
-    CardNo     VARCHAR(20),
+    CardNo     VARCHAR(20) COLLATE NOCASE,
     Name       VARCHAR(50),
     TopupValue DECIMAL(19,4),
     PValue     DECIMAL(19,4)
@@ -56,7 +58,7 @@ CREATE INDEX IF NOT EXISTS IX_Customize_StaffComm_Date ON Customize_StaffComm (T
 
 CREATE TABLE IF NOT EXISTS Customize_Log (
     ID          INTEGER PRIMARY KEY AUTOINCREMENT,
-    StaffCode   VARCHAR(10),
+    StaffCode   VARCHAR(10) COLLATE NOCASE,
     BizDate     DATETIME,
     ActualDate  DATETIME,
     Description VARCHAR(300)

@@ -1,8 +1,9 @@
 -- The host's member and staff tables as the component uses them (SQLite). They belong to the
--- host; the demo host and the tests create them from this file.
+-- host; the demo host and the tests create them from this file. Codes compare without regard to
+-- case (COLLATE NOCASE), as under SQL Server's default collation; their indexes do too.
 
 CREATE TABLE IF NOT EXISTS tloy_mt_member (
-    MemberCode     VARCHAR(10) NOT NULL PRIMARY KEY,
+    MemberCode     VARCHAR(10) COLLATE NOCASE NOT NULL PRIMARY KEY,
     MemberName     VARCHAR(50),
     ResidentAdd1   VARCHAR(50),
     ResidentAdd2   VARCHAR(50),
@@ -14,13 +15,13 @@ CREATE TABLE IF NOT EXISTS tloy_mt_member (
     sex            VARCHAR(1),
     MaritalStatus  VARCHAR(1),
     EmailAdd       VARCHAR(50),
-    downlinecode   VARCHAR(10),
+    downlinecode   VARCHAR(10) COLLATE NOCASE,
     NonActive      INTEGER NOT NULL DEFAULT 0,
     pendingbalance DECIMAL(19,4) DEFAULT 0
 );
 
 CREATE TABLE IF NOT EXISTS tpay_mt_staff (
-    StaffCode VARCHAR(10) NOT NULL PRIMARY KEY,
+    StaffCode VARCHAR(10) COLLATE NOCASE NOT NULL PRIMARY KEY,
     StaffName VARCHAR(50),
     NonActive INTEGER NOT NULL DEFAULT 0
 );

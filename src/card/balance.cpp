@@ -14,7 +14,8 @@ BalanceTexts pollBalance(SessionSettings& session) {
     MemberCard card(session, silent);
     CardData data;
     const ReadResult result = card.read(data);
-    if (result == ReadResult::DeviceFailed || result == ReadResult::NotOwnSerial)
+    if (result == ReadResult::DeviceFailed || result == ReadResult::NotOwnSerial ||
+        result == ReadResult::BadRecord)
         return {};
     BalanceTexts texts;
     texts.cardNo = data.code;

@@ -38,6 +38,17 @@ QByteArray beforeFirstNul(const QByteArray& bytes) {
     return nul < 0 ? bytes : bytes.left(nul);
 }
 
+// A CODE or NAME block as card issue writes it: text without control bytes, then only zeros.
+// A CR LF would add lines to the hand-off, an ESC or GS would drive the slip printer.
+bool isCleanTextBlock(const QByteArray& block) {
+    const QByteArray text = beforeFirstNul(block);
+    for (qsizetype i = text.size(); i < block.size(); ++i) {
+        if (block[i] != '\0')
+            return false;
+    }
+    return !hasControlByte(text);
+}
+
 } // namespace
 
 QString readFailureMessage(ReadResult result) {
@@ -48,6 +59,7 @@ QString readFailureMessage(ReadResult result) {
         return u"Error Reading Device !!! Please unplug again your USB Cable "_s;
     case ReadResult::NotOwnSerial:
     case ReadResult::BadBalance:
+    case ReadResult::BadRecord:
         return u"Error Reading Device !!!"_s;
     case ReadResult::ValueSectorFailed:
         return u"Error Open Device !!!"_s;
@@ -65,7 +77,8 @@ bool parseBalance(const QByteArray& block, Currency& balance) {
         balance = Currency();
         return true;
     }
-    static const QRegularExpression plainDecimal(u"^-?[0-9]+(\\.[0-9]+)?$"_s);
+    // A negative balance is never written by a Save, so one on a card is forged or garbled.
+    static const QRegularExpression plainDecimal(u"^[0-9]+(\\.[0-9]+)?$"_s);
     const QString s = QString::fromLatin1(text);
     if (!plainDecimal.match(s).hasMatch())
         return false;
@@ -131,8 +144,12 @@ ReadResult MemberCard::read(CardData& data) {
         return ReadResult::DeviceFailed;
     if (!checkCard(MemberSector))
         return ReadResult::NotOwnSerial;
-    data.code = readField(MemberSector, 1).trimmed();
-    data.name = readField(MemberSector, 2).trimmed();
+    const QByteArray code = m_reader.readBlock(MemberSector, u"1"_s);
+    const QByteArray name = m_reader.readBlock(MemberSector, u"2"_s);
+    if (!isCleanTextBlock(code) || !isCleanTextBlock(name))
+        return ReadResult::BadRecord;
+    data.code = fromAnsi(beforeFirstNul(code)).trimmed();
+    data.name = fromAnsi(beforeFirstNul(name)).trimmed();
     if (!openSelectLogin(ValueSector))
         return ReadResult::ValueSectorFailed;
     const QByteArray value = m_reader.readBlock(ValueSector, u"0"_s);

@@ -35,6 +35,7 @@ enum class ReadResult {
     Ok,
     DeviceFailed,      // no reader, no card, or sector 10 refused the key
     NotOwnSerial,      // the card does not carry its own serial: a copy, or not a member card
+    BadRecord,         // CODE or NAME holds a control byte or bytes after its zero padding
     ValueSectorFailed, // sector 9 could not be opened
     BadBalance,        // VALUE could not be read or is not a plain decimal number
 };
@@ -45,9 +46,9 @@ QString valueQuestion(BillType billType, Currency amount);
 // The message a screen shows for a failed read (empty for Ok).
 QString readFailureMessage(ReadResult result);
 
-// The balance held in a VALUE block: a plain decimal number ("150.5", "-20", "0") followed by
-// zero padding. A block of zeros (never written) is 0. Returns false for anything else, so
-// that a garbled balance is never taken for a number and then overwritten.
+// The balance held in a VALUE block: a plain decimal number ("150.5", "0", never negative)
+// followed by zero padding. A block of zeros (never written) is 0. Returns false for anything
+// else, so that a garbled balance is never taken for a number and then overwritten.
 bool parseBalance(const QByteArray& block, Currency& balance);
 
 // The member record on the card in the field, read and written through the session's reader.

@@ -1,6 +1,7 @@
 #include "reports/reporttext.h"
 
 #include "shell/database.h"
+#include "shell/text.h"
 
 #include <pondar/error.h>
 
@@ -12,7 +13,8 @@ using namespace Qt::Literals::StringLiterals;
 namespace pondar::reports {
 
 void ReportText::line(const QString& text) {
-    m_text += text;
+    // A name or remark must not reach the printer as a command (ESC, GS) or an extra line.
+    m_text += withoutControls(text);
     m_text += u"\r\n"_s;
 }
 

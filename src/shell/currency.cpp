@@ -37,12 +37,86 @@ bool isSkipped(QChar c) {
     return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r';
 }
 
-// Half to even on a long double that is known to be finite; throws when out of range.
-Currency roundToUnits(long double scaled, const QString& what) {
-    const long double rounded = std::nearbyint(scaled);
-    if (!(rounded >= -9223372036854775808.0L && rounded < 9223372036854775808.0L))
+__extension__ typedef unsigned __int128 UInt128;
+
+// A value known exactly: (-1)^negative x magnitude x 2^exp2.
+struct Exact {
+    bool negative = false;
+    UInt128 magnitude = 0;
+    int exp2 = 0;
+};
+
+struct Binary {
+    bool negative = false;
+    std::uint64_t mantissa = 0; // below 2^53
+    int exp2 = 0;
+};
+
+// The exact value of a finite double as mantissa x 2^exp2.
+Binary binary(double value) {
+    Binary b;
+    b.negative = std::signbit(value);
+    int exp = 0;
+    const double m = std::frexp(std::fabs(value), &exp);
+    b.mantissa = std::uint64_t(std::ldexp(m, 53));
+    b.exp2 = exp - 53;
+    return b;
+}
+
+// units x rate, exactly.
+Exact product(std::int64_t units, double rate) {
+    const Binary r = binary(rate);
+    return Exact{(units < 0) != r.negative, UInt128(magnitude(units)) * r.mantissa, r.exp2};
+}
+
+enum class Rounding { HalfEven, HalfAwayFromZero };
+
+// |x| / divisor rounded to an integer, with no intermediate rounding; throws when it cannot be
+// held.
+UInt128 roundedQuotient(const Exact& x, std::uint64_t divisor, Rounding mode, const QString& what) {
+    if (x.magnitude == 0)
+        return 0;
+    UInt128 whole = 0; // the integer part of |x|
+    int halfCmp = -1;  // the fraction of |x| against one half: -1 below, 0 equal, 1 above
+    bool fractionZero = true;
+    if (x.exp2 >= 0) {
+        if (x.exp2 >= 127 || x.magnitude > (~UInt128(0) >> x.exp2))
+            overflow(what);
+        whole = x.magnitude << x.exp2;
+    } else {
+        const int s = -x.exp2;
+        const UInt128 rest = s >= 128 ? x.magnitude : x.magnitude & ((UInt128(1) << s) - 1);
+        whole = s >= 128 ? 0 : x.magnitude >> s;
+        fractionZero = rest == 0;
+        if (s - 1 >= 128)
+            halfCmp = -1;
+        else {
+            const UInt128 half = UInt128(1) << (s - 1);
+            halfCmp = rest < half ? -1 : rest == half ? 0 : 1;
+        }
+    }
+    UInt128 q = whole / divisor;
+    const UInt128 twiceR = 2 * (whole % divisor);
+    // Where the remainder (with the fraction) lies against half the divisor.
+    int cmp = 0;
+    if (twiceR > divisor)
+        cmp = 1;
+    else if (twiceR == divisor)
+        cmp = fractionZero ? 0 : 1;
+    else if (twiceR + 1 == divisor)
+        cmp = halfCmp;
+    else
+        cmp = -1;
+    if (cmp > 0 || (cmp == 0 && (mode == Rounding::HalfAwayFromZero || (q & 1U))))
+        ++q;
+    return q;
+}
+
+Currency fromExact(const Exact& x, std::uint64_t divisor, Rounding mode, const QString& what) {
+    const UInt128 mag = roundedQuotient(x, divisor, mode, what);
+    if (mag > UInt128(MaxNegative))
         overflow(what);
-    return Currency::fromUnits(static_cast<std::int64_t>(rounded));
+    return fromMagnitude(x.negative, std::uint64_t(mag), what);
 }
 
 struct LeadingNumber {
@@ -154,9 +228,9 @@ Currency Currency::parse(const QString& text) {
 Currency Currency::fromDouble(double value) {
     if (!std::isfinite(value))
         overflow(QString::number(value));
-    // Scaled in double, as the Windows currency conversion does: 0.00125 becomes 12.5 and then 12.
-    return roundToUnits(static_cast<long double>(value * double(Scale)),
-                        QString::number(value, 'g', 17));
+    const Binary v = binary(value);
+    const Exact scaled{v.negative, UInt128(v.mantissa) * UInt128(Scale), v.exp2};
+    return fromExact(scaled, 1, Rounding::HalfEven, QString::number(value, 'g', 17));
 }
 
 double Currency::toDouble() const {
@@ -184,10 +258,25 @@ QString Currency::toShortString() const {
 }
 
 Currency Currency::percent(double rate) const {
+    const QString what = toShortString() + u" x "_s + QString::number(rate) + u" %"_s;
     if (!std::isfinite(rate))
-        overflow(QString::number(rate));
-    return roundToUnits(static_cast<long double>(m_units) * rate / 100.0L,
-                        toShortString() + u" x "_s + QString::number(rate) + u" %"_s);
+        overflow(what);
+    return fromExact(product(m_units, rate), 100, Rounding::HalfEven, what);
+}
+
+QString Currency::formatPercent(double rate) const {
+    const QString what = toShortString() + u" x "_s + QString::number(rate) + u" %"_s;
+    if (!std::isfinite(rate))
+        overflow(what);
+    // units x rate / 100 is in ten-thousandths; in cents that is units x rate / 10000.
+    const Exact p = product(m_units, rate);
+    const UInt128 cents = roundedQuotient(p, Scale, Rounding::HalfAwayFromZero, what);
+    if (cents > UInt128(MaxNegative) / 100 + 1)
+        overflow(what);
+    const auto c = std::uint64_t(cents);
+    const QString out =
+        QString::number(c / 100) + u'.' + QString::number(c % 100).rightJustified(2, u'0');
+    return p.negative && c != 0 ? u'-' + out : out;
 }
 
 Currency Currency::operator+(Currency other) const {

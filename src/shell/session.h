@@ -58,7 +58,9 @@ struct SessionSettings {
     QDateTime now() const { return clock ? clock() : QDateTime::currentDateTime(); }
 };
 
-// Loading at start: the reader port, ReturnFlag reset to "0", then the three rates.
+// Loading at start: the reader port, ReturnFlag reset to "0", then the three rates and the
+// business date. Throws pondar::Error, naming the culprit, when the file cannot be written, a
+// rate is negative or not finite, or the business date is not a real date.
 void loadSettings(SessionSettings& session);
 
 } // namespace pondar

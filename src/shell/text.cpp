@@ -1,5 +1,6 @@
 #include "shell/text.h"
 
+#include <algorithm>
 #include <array>
 
 using namespace Qt::Literals::StringLiterals;
@@ -43,6 +44,27 @@ QString fromAnsi(const QByteArray& bytes) {
     for (const char ch : bytes) {
         const auto b = static_cast<unsigned char>(ch);
         out.append(b >= 0x80 && b < 0xA0 ? QChar(HighControls[b - 0x80]) : QChar(char16_t(b)));
+    }
+    return out;
+}
+
+bool hasControlByte(const QByteArray& bytes) {
+    for (const char ch : bytes) {
+        if (static_cast<unsigned char>(ch) < 32 || ch == 127)
+            return true;
+    }
+    return false;
+}
+
+QString withoutControls(const QString& text) {
+    const auto isControl = [](QChar c) { return c.unicode() < 32 || c.unicode() == 127; };
+    if (std::none_of(text.begin(), text.end(), isControl))
+        return text;
+    QString out;
+    out.reserve(text.size());
+    for (const QChar c : text) {
+        if (!isControl(c))
+            out.append(c);
     }
     return out;
 }

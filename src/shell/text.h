@@ -13,6 +13,11 @@ namespace pondar {
 QByteArray toAnsi(const QString& text);
 QString fromAnsi(const QByteArray& bytes);
 
+// Control bytes (below 32, and 127) steer printers and split lines of the settings file; texts
+// from a card or a box never carry one into either.
+bool hasControlByte(const QByteArray& bytes);
+QString withoutControls(const QString& text);
+
 // The till's Val: the number at the start of a text, as a double (rates of the settings file).
 double leadingNumber(const QString& text);
 

@@ -238,7 +238,8 @@ bool MFMAIN::ReadCardToScreen() {
 
     card::CardData data;
     const card::ReadResult result = m_card.read(data);
-    if (result == card::ReadResult::DeviceFailed || result == card::ReadResult::NotOwnSerial) {
+    if (result == card::ReadResult::DeviceFailed || result == card::ReadResult::NotOwnSerial ||
+        result == card::ReadResult::BadRecord) {
         showError(this, card::readFailureMessage(result));
         return false;
     }

@@ -66,8 +66,11 @@ SaveDecision planTopUp(const TransactionBoxes& b) {
         const Currency topUp = amount(b.topUp, txt::TopUp);
         if (topUp < Currency())
             return negative(txt::TopUp);
-        // The extra may be overtyped by the operator and is deliberately not checked for sign.
-        const Currency writeValue = amount(b.extra, txt::Extra) + topUp;
+        // An overtyped negative extra would turn the top-up into a withdrawal.
+        const Currency extra = amount(b.extra, txt::Extra);
+        if (extra < Currency())
+            return negative(txt::Extra);
+        const Currency writeValue = extra + topUp;
         const Currency newValue =
             amount(b.balance, txt::Balance) + amount(b.pending, txt::Pending) + writeValue;
         if (writeValue.isZero())
@@ -114,7 +117,7 @@ QString extraValueText(const QString& topUpText, double memberComm) {
     if (memberComm == 0.0)
         return u"0.00"_s;
     try {
-        return Currency::parse(topUpText).percent(memberComm).format();
+        return Currency::parse(topUpText).formatPercent(memberComm);
     } catch (const CurrencyError&) {
         return u"0.00"_s;
     }

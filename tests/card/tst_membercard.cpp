@@ -70,6 +70,47 @@ private Q_SLOTS:
         QCOMPARE(r.card.read(r.data), ReadResult::BadBalance);
     }
 
+    // A record a Save would pass on to the hand-off, the slip or a posting reads as unreadable:
+    // control bytes in CODE or NAME, text after the padding, and a balance that is negative,
+    // no plain number or past the money range.
+    void hostileRecordIsUnreadable_data() {
+        QTest::addColumn<int>("block");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("result");
+        const int bad = int(ReadResult::BadRecord);
+        const int badBalance = int(ReadResult::BadBalance);
+        QTest::newRow("CR LF in NAME") << 42 << padded("A\r\nWriteValue=9") << bad;
+        QTest::newRow("ESC p in NAME") << 42 << padded("TAN\x1bp\x00") << bad;
+        QTest::newRow("GS V in CODE") << 41 << padded("0001\x1dV\x42") << bad;
+        QTest::newRow("text after NUL") << 41
+                                        << QByteArray("0001\0"
+                                                      "ABCDEFGHIJK",
+                                                      16)
+                                        << bad;
+        QTest::newRow("DEL in CODE") << 41 << padded("0001\x7f") << bad;
+        QTest::newRow("tab in NAME") << 42 << padded("TAN\tKOW") << bad;
+        QTest::newRow("0xFF is a letter") << 42 << padded("\xff\xff") << int(ReadResult::Ok);
+        QTest::newRow("VALUE -50") << 36 << padded("-50") << badBalance;
+        QTest::newRow("VALUE 1e308") << 36 << padded("1e308") << badBalance;
+        QTest::newRow("VALUE NaN") << 36 << padded("NaN") << badBalance;
+        QTest::newRow("VALUE 16 digits") << 36 << QByteArray("9999999999999999") << badBalance;
+        QTest::newRow("VALUE all 0xFF") << 36 << QByteArray(16, '\xff') << badBalance;
+    }
+    void hostileRecordIsUnreadable() {
+        QFETCH(int, block);
+        QFETCH(QByteArray, bytes);
+        OnReader r;
+        r.bench.put({0x1A, 0x2B, 0x3C, 0x4D});
+        r.issue(u"000001"_s, u"10"_s);
+        QByteArray image = r.bench.image();
+        image.replace(block * 16, 16, bytes);
+        r.bench.put(image);
+        const ReadResult result = r.card.read(r.data);
+        QTEST(int(result), "result");
+        if (result != ReadResult::Ok)
+            QCOMPARE(readFailureMessage(result), u"Error Reading Device !!!"_s);
+    }
+
     void fieldOf16Or17Characters() {
         OnReader r;
         r.bench.put({1, 2, 3, 4});

@@ -42,6 +42,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("message");
         QTest::newRow("inactive") << u"S02"_s << false << QString() << u"Invalid Staff Code !!!"_s;
         QTest::newRow("ok, lower case") << u"s03"_s << true << u"CHOY"_s << QString();
+        QTest::newRow("other case finds S01") << u"s01"_s << true << u"ALICE TAN"_s << QString();
         QTest::newRow("close") << u"S01"_s << false << u"ALICE TAN"_s << QString();
     }
     void returnsWhatOkConfirms() {

@@ -98,10 +98,12 @@ private Q_SLOTS:
                  QString());
     }
 
+    // A name's control characters (here a drawer kick, a cut and a line break) never reach
+    // the printer.
     void enquirySlip() {
-        const QString slip =
-            reports::enquirySlip(u"000123"_s, u"TAN AH KOW"_s, Currency::parse(u"1234.567"_s),
-                                 QDateTime(QDate(2024, 2, 5), QTime(9, 3, 7)));
+        const QString slip = reports::enquirySlip(u"000123"_s, u"TAN \x1b\x1d\r\nAH KOW"_s,
+                                                  Currency::parse(u"1234.567"_s),
+                                                  QDateTime(QDate(2024, 2, 5), QTime(9, 3, 7)));
         QCOMPARE(slip, test::crlf({Rule, u"       ** ENQUIRY SUMMARY **"_s, Rule, u""_s,
                                    u"Type     : Enquiry"_s, u"Date     : 05/02/2024 09:03:07"_s,
                                    u"Card No# : 000123"_s, u"Name     : TAN AH KOW"_s,

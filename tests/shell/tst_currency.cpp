@@ -1,7 +1,11 @@
 #include <pondar/currency.h>
 #include <pondar/error.h>
 
+#include "transactions/saveplan.h"
+
 #include <QTest>
+
+#include <cmath>
 
 #include <limits>
 
@@ -70,8 +74,60 @@ private Q_SLOTS:
                  u"-14.75"_s);
         QVERIFY_THROWS_EXCEPTION(CurrencyError, max + Currency::fromUnits(1));
         QVERIFY_THROWS_EXCEPTION(CurrencyError, -min);
-        QVERIFY_THROWS_EXCEPTION(CurrencyError, Currency::fromDouble(1e300));
-        QCOMPARE(Currency::fromDouble(1.23456).units(), qint64(12346));
+    }
+
+    // The double's exact binary value, rounded half to even at the fourth decimal: no step
+    // through a scaled double, so large amounts stay whole and ties are true ties.
+    void fromDouble_data() {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QVariant>("units");
+        QTest::newRow("largest whole")
+            << 922337203685477.0 << QVariant(qint64(9223372036854770000));
+        QTest::newRow("large with decimals")
+            << 922337203685476.9 << QVariant(qint64(9223372036854768750));
+        QTest::newRow("tie to even down") << 0.03125 << QVariant(qint64(312));
+        QTest::newRow("tie to even up") << 0.09375 << QVariant(qint64(938));
+        QTest::newRow("just above half") << 0.00125 << QVariant(qint64(13));
+        QTest::newRow("just below half") << 0.00015 << QVariant(qint64(1));
+        QTest::newRow("negative") << -0.00015 << QVariant(qint64(-1));
+        QTest::newRow("1.23456") << 1.23456 << QVariant(qint64(12346));
+        QTest::newRow("subnormal") << 5e-324 << QVariant(qint64(0));
+        QTest::newRow("lowest") << -922337203685477.5 << QVariant(qint64(-9223372036854775000));
+        QTest::newRow("past the top") << 922337203685477.6 << QVariant();
+        QTest::newRow("1e300") << 1e300 << QVariant();
+        QTest::newRow("infinity") << HUGE_VAL << QVariant();
+        QTest::newRow("NaN") << std::nan("") << QVariant();
+    }
+    void fromDouble() {
+        QFETCH(double, value);
+        QFETCH(QVariant, units);
+        if (units.isValid())
+            QCOMPARE(Currency::fromDouble(value).units(), units.toLongLong());
+        else
+            QVERIFY_THROWS_EXCEPTION(CurrencyError, Currency::fromDouble(value));
+    }
+
+    // The extra value shown while a top-up is typed: the product rounded once to cents, half a
+    // cent away from zero; anything that is no amount in range shows 0.00.
+    void extraValueText_data() {
+        QTest::addColumn<QString>("topUp");
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("rounded once") << u"2.33"_s << 1.5 << u"0.03"_s;
+        QTest::newRow("ten percent") << u"100"_s << 10.0 << u"10.00"_s;
+        QTest::newRow("half cent") << u"1"_s << 0.5 << u"0.01"_s;
+        QTest::newRow("below half cent") << u"0.09"_s << 5.0 << u"0.00"_s;
+        QTest::newRow("whole range")
+            << u"922337203685477.5807"_s << 100.0 << u"922337203685477.58"_s;
+        QTest::newRow("product past range") << u"922337203685477"_s << 200.0 << u"0.00"_s;
+        QTest::newRow("top-up past range") << u"99999999999999999"_s << 10.0 << u"0.00"_s;
+        QTest::newRow("no number") << u"abc"_s << 10.0 << u"0.00"_s;
+        QTest::newRow("rate 0") << u"100"_s << 0.0 << u"0.00"_s;
+    }
+    void extraValueText() {
+        QFETCH(QString, topUp);
+        QFETCH(double, rate);
+        QTEST(pondar::extraValueText(topUp, rate), "shown");
     }
 };
 

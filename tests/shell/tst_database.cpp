@@ -1,3 +1,4 @@
+#include "members/memberdata.h"
 #include "shell/activitylog.h"
 #include "shell/database.h"
 #include "shell/session.h"
@@ -20,6 +21,23 @@ private Q_SLOTS:
         db::exec(f.db(), u"INSERT INTO Customize_Log (StaffCode) VALUES ('S1')"_s);
         db::ensureSchema(f.db());
         QCOMPARE(f.count(u"Customize_Log"_s), 1);
+    }
+
+    // Codes compare without regard to case, as under SQL Server's default collation, through the
+    // tables' own indexes.
+    void codesCompareWithoutCase() {
+        test::Fixture f;
+        f.addMember(u"M0001"_s, u"Max"_s);
+        f.addStaff(u"S01"_s, u"Sam"_s);
+        db::exec(f.db(),
+                 u"INSERT INTO Customize_Transaction (CardNo,Billtype) VALUES ('M0001','IN')"_s);
+        QVERIFY(members::memberExists(f.db(), u"m0001"_s));
+        QVERIFY(members::findActiveStaff(f.db(), u"s01"_s).found);
+        QVERIFY(members::hasTransactions(f.db(), u"m0001"_s));
+        const QString plan = f.rows(u"EXPLAIN QUERY PLAN SELECT * FROM Customize_Transaction "
+                                    "WHERE CardNo=? ORDER BY TrsDate"_s,
+                                    {u"m0001"_s});
+        QVERIFY2(plan.contains(u"IX_Customize_Transaction_Card"_s), qPrintable(plan));
     }
 
     void errorsCarryTheDriverText() {

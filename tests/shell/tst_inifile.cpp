@@ -1,13 +1,39 @@
 #include "shell/inifile.h"
 #include "support/fixtures.h"
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 using pondar::IniFile;
 using pondar::test::readFile;
 using pondar::test::writeFile;
+
+namespace {
+
+// Run as a second process by the concurrency test: writes keys PREFIX0..PREFIXn-1 one by one.
+constexpr char WriterVariable[] = "PONDAR_TEST_INI_WRITER"; // "path|prefix|count"
+
+int runWriter() {
+    const QStringList args = qEnvironmentVariable(WriterVariable).split(u'|');
+    const IniFile ini(args.value(0));
+    const int count = args.value(2).toInt();
+    for (int i = 0; i < count; ++i) {
+        if (!ini.write(u"Keys"_s, args.value(1) + QString::number(i), QString::number(i)))
+            return 1;
+    }
+    return 0;
+}
+
+} // namespace
 
 class TestIniFile final : public QObject {
     Q_OBJECT
@@ -15,44 +41,170 @@ class TestIniFile final : public QObject {
     QTemporaryDir m_dir;
 
 private Q_SLOTS:
-    // Names match in any case and with blanks around them; the first section and key win;
-    // quotes are taken off and values are cut to the longest the host's call returns.
-    void readsLikeTheWindowsFunctions() {
+    // Names match in any case with blanks and tabs around them (nothing else is stripped);
+    // the first section and key win; quotes are taken off; a ";" line is a comment; any of
+    // CR LF, LF and a lone CR ends a line; a UTF-8 byte-order mark makes the file UTF-8.
+    void reads_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("key"); // in section [S]
+        QTest::addColumn<QString>("value");
+        const QByteArray windows = "; c\r\n[Other]\r\nK=99\r\n  [ s ]  \r\n \t kEY \t=\t 10 \t\r\n"
+                                   "K=77\r\nQ=\"a b\"\r\n[S]\r\nL=5\r\n";
+        QTest::newRow("names in any case") << windows << u"key"_s << u"10"_s;
+        QTest::newRow("quotes taken off") << windows << u"q"_s << u"a b"_s;
+        QTest::newRow("first section wins") << windows << u"L"_s << QString();
+        QTest::newRow("long value cut")
+            << "[S]\nK=" + QByteArray(300, 'x') << u"K"_s << QString(IniFile::MaxValueLength, u'x');
+        QTest::newRow("comment is no key") << QByteArray("[S]\r\n;K=x\r\n") << u";K"_s << QString();
+        QTest::newRow("indented comment")
+            << QByteArray("[S]\r\n  ;K=x\r\n") << u";K"_s << QString();
+        QTest::newRow("lone CR ends a line") << QByteArray("[S]\rA=1\rK=2\r") << u"K"_s << u"2"_s;
+        QTest::newRow("tab inside a name kept")
+            << QByteArray("[S]\nK\tX=1\n") << u"K\tX"_s << u"1"_s;
+        QTest::newRow("vertical tab not stripped")
+            << QByteArray("[S]\n\vK=1\n") << u"K"_s << QString();
+        QTest::newRow("UTF-8 byte-order mark")
+            << QByteArray("\xEF\xBB\xBF[S]\r\nK=Caf\xC3\xA9\r\n") << u"K"_s << u"Caf\u00e9"_s;
+        QTest::newRow("Windows-1252")
+            << QByteArray("[S]\r\nK=Caf\xE9 \x80\r\n") << u"K"_s << u"Caf\u00e9 \u20ac"_s;
+    }
+    void reads() {
+        QFETCH(QByteArray, file);
+        QFETCH(QString, key);
         const QString path = m_dir.filePath(u"read.ini"_s);
-        writeFile(path, "; comment\r\n[Other]\r\nMemberComm=99\r\n  [ generalsetup ]  \r\n"
-                        "  memberCOMM  =  10  \r\nMemberComm=77\r\nQuoted=\"a b\"\r\nLong=" +
-                            QByteArray(300, 'x') + "\r\n[GeneralSetup]\r\nDownComm=5\r\n");
-        const IniFile ini(path);
-        const auto read = [&](const char* key) {
-            return ini.read(u"GeneralSetup"_s, QString::fromLatin1(key));
-        };
-        QCOMPARE(QStringList({read("MemberComm"), read("quoted"), read("DownComm")}),
-                 QStringList({u"10"_s, u"a b"_s, QString()}));
-        QCOMPARE(read("Long"), QString(IniFile::MaxValueLength, u'x'));
-        QCOMPARE(IniFile(m_dir.filePath(u"none.ini"_s)).read(u"A"_s, u"B"_s), QString());
+        writeFile(path, file);
+        QTEST(IniFile(path).read(u"S"_s, key), "value");
     }
 
-    // A write replaces or adds one key in Windows-1252, in the file's line ending, and leaves every
-    // other line as it was; a missing file or section is created.
-    void writeChangesOnlyItsKey() {
+    // A write changes or adds its one key and leaves every other byte as it was: a new key
+    // right after the section's last key, in the file's own line end; control characters and
+    // nothing else are dropped from what is written.
+    void writes_data() {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QString>("key"); // in section [S]
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("replaced, spelling kept")
+            << QByteArray("[s]\r\n  kEY  =  1  \r\nZ=0\r\n") << u"Key"_s << u"2"_s
+            << QByteArray("[s]\r\nkEY=2\r\nZ=0\r\n");
+        QTest::newRow("after the last key")
+            << QByteArray("[S]\r\nA=1\r\n; note\r\n\r\n[T]\r\nB=1\r\n") << u"B"_s << u"2"_s
+            << QByteArray("[S]\r\nA=1\r\nB=2\r\n; note\r\n\r\n[T]\r\nB=1\r\n");
+        QTest::newRow("section without keys")
+            << QByteArray("[S]\n;K=x\n\n") << u"K"_s << u"1"_s << QByteArray("[S]\nK=1\n;K=x\n\n");
+        QTest::newRow("CR only") << QByteArray("[S]\rA=1\r") << u"B"_s << u"2"_s
+                                 << QByteArray("[S]\rA=1\rB=2\r");
+        QTest::newRow("no last line end")
+            << QByteArray("[S]\r\nA=1") << u"B"_s << u"2"_s << QByteArray("[S]\r\nA=1\r\nB=2\r\n");
+        QTest::newRow("new section")
+            << QByteArray("[T]\nA=1") << u"B"_s << u"2"_s << QByteArray("[T]\nA=1\n[S]\nB=2\n");
+        QTest::newRow("new file") << QByteArray() << u"B"_s << u"2"_s
+                                  << QByteArray("[S]\r\nB=2\r\n");
+        QTest::newRow("controls dropped")
+            << QByteArray("[S]\r\n") << u"Name"_s << u"A\r\nWriteValue=9\x1b\x70\x1d\x56"_s
+            << QByteArray("[S]\r\nName=AWriteValue=9pV\r\n");
+        QTest::newRow("UTF-8 kept") << QByteArray("\xEF\xBB\xBF[S]\r\n") << u"N"_s << u"Caf\u00e9"_s
+                                    << QByteArray("\xEF\xBB\xBF[S]\r\nN=Caf\xC3\xA9\r\n");
+        QTest::newRow("Windows-1252") << QByteArray("[S]\r\n") << u"N"_s << u"Caf\u00e9 \u20ac"_s
+                                      << QByteArray("[S]\r\nN=Caf\xE9 \x80\r\n");
+    }
+    void writes() {
+        QFETCH(QByteArray, before);
+        QFETCH(QString, key);
+        QFETCH(QString, value);
         const QString path = m_dir.filePath(u"write.ini"_s);
-        writeFile(path, "; host\n[Host]\nPrinter = LPT1   \n\n[transaction]\nreturnflag = 1\n"
-                        "CardNo=old\n\n[Tail]\nz=9\n");
-        const IniFile ini(path);
-        QVERIFY(ini.write(u"TRANSACTION"_s, u"ReturnFlag"_s, u"0"_s));
-        QVERIFY(ini.write(u"TRANSACTION"_s, u"Name"_s, u"Caf\u00e9 \u20ac"_s));
-        QVERIFY(ini.write(u"New"_s, u"X"_s, u"1"_s));
-        QCOMPARE(readFile(path), QByteArray("; host\n[Host]\nPrinter = LPT1   \n\n[transaction]\n"
-                                            "returnflag=0\nCardNo=old\nName=Caf\xe9 \x80\n\n"
-                                            "[Tail]\nz=9\n[New]\nX=1\n"));
-        QCOMPARE(ini.read(u"transaction"_s, u"name"_s), u"Caf\u00e9 \u20ac"_s);
+        QFile::remove(path);
+        if (!before.isEmpty())
+            writeFile(path, before);
+        QVERIFY(IniFile(path).write(u"S"_s, key, value));
+        QTEST(readFile(path), "after");
+    }
 
-        const QString fresh = m_dir.filePath(u"fresh.ini"_s);
-        QVERIFY(IniFile(fresh).write(u"TRANSACTION"_s, u"ReturnFlag"_s, u"0"_s));
-        QCOMPARE(readFile(fresh), QByteArray("[TRANSACTION]\r\nReturnFlag=0\r\n"));
+    void missingFolderOrReadOnlyFileIsNotWritten() {
         QVERIFY(!IniFile(m_dir.filePath(u"no/such/folder/x.ini"_s)).write(u"S"_s, u"K"_s, u"V"_s));
+        const QString path = m_dir.filePath(u"readonly.ini"_s);
+        writeFile(path, "[S]\r\nK=1\r\n");
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup));
+        QVERIFY(!IniFile(path).write(u"S"_s, u"K"_s, u"2"_s));
+        QCOMPARE(readFile(path), QByteArray("[S]\r\nK=1\r\n"));
+    }
+
+    // A host reading the file as another user still can after the component wrote it.
+    void keepsOwnerGroupAndMode() {
+        const QString path = m_dir.filePath(u"shared.ini"_s);
+        writeFile(path, "[S]\r\nK=1\r\n");
+        QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0640), 0);
+        const bool root = ::geteuid() == 0;
+        if (root)
+            QCOMPARE(::chown(QFile::encodeName(path).constData(), 65534, 65534), 0);
+        struct stat before {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &before), 0);
+        QVERIFY(IniFile(path).write(u"S"_s, u"K"_s, u"2"_s));
+        struct stat after {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &after), 0);
+        QCOMPARE(after.st_mode, before.st_mode);
+        QCOMPARE(after.st_uid, before.st_uid);
+        QCOMPARE(after.st_gid, before.st_gid);
+        QCOMPARE(IniFile(path).read(u"S"_s, u"K"_s), u"2"_s);
+
+        const QString link = m_dir.filePath(u"link.ini"_s);
+        QVERIFY(QFile::link(path, link));
+        QVERIFY(IniFile(link).write(u"S"_s, u"K"_s, u"3"_s));
+        QVERIFY(QFileInfo(link).isSymLink());
+        QCOMPARE(IniFile(path).read(u"S"_s, u"K"_s), u"3"_s);
+    }
+
+    // Two processes writing different keys at once: every key of both survives.
+    void concurrentWritersLoseNothing() {
+        const QString path = m_dir.filePath(u"concurrent.ini"_s);
+        writeFile(path, "[Host]\r\nPrinter=LPT1\r\n");
+        constexpr int PerWriter = 150;
+        QList<QProcess*> writers;
+        for (const QString& prefix : {u"A"_s, u"B"_s}) {
+            auto* p = new QProcess(this);
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(QString::fromLatin1(WriterVariable),
+                       path + u'|' + prefix + u'|' + QString::number(PerWriter));
+            p->setProcessEnvironment(env);
+            p->setProcessChannelMode(QProcess::ForwardedChannels);
+            p->start(QCoreApplication::applicationFilePath(), {});
+            writers.append(p);
+        }
+        for (QProcess* p : writers) {
+            QVERIFY(p->waitForFinished(120000));
+            QCOMPARE(p->exitCode(), 0);
+        }
+        const IniFile ini(path);
+        int found = 0;
+        for (const QString& prefix : {u"A"_s, u"B"_s}) {
+            for (int i = 0; i < PerWriter; ++i)
+                found += ini.read(u"Keys"_s, prefix + QString::number(i)) == QString::number(i);
+        }
+        QCOMPARE(found, 2 * PerWriter);
+        QCOMPARE(ini.read(u"Host"_s, u"Printer"_s), u"LPT1"_s);
+    }
+
+    // A 10 MB file of the host's reads and writes whole, its other lines untouched.
+    void tenMegabyteFile() {
+        const QString path = m_dir.filePath(u"big.ini"_s);
+        QByteArray host = "[Host]\r\n";
+        for (int i = 0; host.size() < 10 * 1024 * 1024; ++i)
+            host += "Key" + QByteArray::number(i) + '=' + QByteArray(60, 'v') + "\r\n";
+        writeFile(path, host + "[GeneralSetup]\r\nMemberComm=10\r\n");
+        const IniFile ini(path);
+        QCOMPARE(ini.read(u"GeneralSetup"_s, u"MemberComm"_s), u"10"_s);
+        QVERIFY(ini.write(u"TRANSACTION"_s, u"ReturnFlag"_s, u"0"_s));
+        QCOMPARE(readFile(path),
+                 host + "[GeneralSetup]\r\nMemberComm=10\r\n[TRANSACTION]\r\nReturnFlag=0\r\n");
     }
 };
 
-QTEST_APPLESS_MAIN(TestIniFile)
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    if (qEnvironmentVariableIsSet(WriterVariable))
+        return runWriter();
+    TestIniFile test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_inifile.moc"

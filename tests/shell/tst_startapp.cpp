@@ -4,6 +4,7 @@
 #include "shell/session.h"
 #include "support/fixtures.h"
 
+#include <QFile>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -42,6 +43,60 @@ private Q_SLOTS:
         QCOMPARE(file.read(u"TRANSACTION"_s, u"ReturnFlag"_s) + u' ' +
                      file.read(u"TRANSACTION"_s, u"CardNo"_s),
                  u"0 keep"_s);
+    }
+
+    // Settings or a business date that would post wrong amounts or dates stop StartApp before
+    // any screen opens, with an error naming what is wrong; the hand-off is still reset.
+    void refusesBadSettings_data() {
+        QTest::addColumn<QByteArray>("rates");
+        QTest::addColumn<QString>("date");
+        QTest::addColumn<QString>("named"); // empty: StartApp runs
+        const QByteArray fine = "MemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n";
+        QTest::newRow("negative rate")
+            << QByteArray("MemberComm=-50\r\n") << u"15/11/2026"_s << u"MemberComm"_s;
+        QTest::newRow("rate 1e400")
+            << QByteArray("DownComm=1e400\r\n") << u"15/11/2026"_s << u"DownComm"_s;
+        QTest::newRow("ServerComm past money range")
+            << QByteArray("ServerComm=1e20\r\n") << u"15/11/2026"_s << u"ServerComm"_s;
+        QTest::newRow("rate abc reads 0")
+            << QByteArray("ServerComm=abc\r\n") << u"15/11/2026"_s << QString();
+        QTest::newRow("31/02/2026") << fine << u"31/02/2026"_s << u"31/02/2026"_s;
+        QTest::newRow("99/99/9999") << fine << u"99/99/9999"_s << u"99/99/9999"_s;
+        QTest::newRow("2026-13-45") << fine << u"2026-13-45"_s << u"2026-13-45"_s;
+        QTest::newRow("empty date") << fine << QString() << u"Business date"_s;
+        QTest::newRow("29/02/2028") << fine << u"29/02/2028"_s << QString();
+        QTest::newRow("2026-11-23") << fine << u"2026-11-23"_s << QString();
+    }
+    void refusesBadSettings() {
+        QFETCH(QByteArray, rates);
+        QFETCH(QString, date);
+        QFETCH(QString, named);
+        test::Fixture f;
+        test::writeFile(f.iniPath(), "[TRANSACTION]\r\nReturnFlag=1\r\n[GeneralSetup]\r\n" + rates);
+        GenClass app;
+        QString error;
+        try {
+            app.StartApp(u"S01"_s, {}, date, f.printerPath(), u"OUT1"_s, f.iniPath(), f.db(),
+                         u"none"_s, {}, {}, Currency());
+        } catch (const Error& e) {
+            error = e.message();
+        }
+        if (named.isEmpty())
+            QCOMPARE(error, QString());
+        else
+            QVERIFY2(error.contains(named), qPrintable(error));
+        QCOMPARE(IniFile(f.iniPath()).read(u"TRANSACTION"_s, u"ReturnFlag"_s), u"0"_s);
+    }
+
+    // Without a hand-off the host would take the previous sale's amounts for this one.
+    void readOnlySettingsFileIsRaised() {
+        test::Fixture f;
+        test::writeFile(f.iniPath(), "[TRANSACTION]\r\nReturnFlag=1\r\n");
+        QFile::setPermissions(f.iniPath(), QFile::ReadOwner);
+        GenClass app;
+        QVERIFY_THROWS_EXCEPTION(Error,
+                                 app.StartApp(u"S"_s, {}, u"15/11/2026"_s, {}, {}, f.iniPath(),
+                                              f.db(), u"MEMBER"_s, {}, {}, Currency()));
     }
 
     void closedConnectionIsRaisedToTheHost() {

@@ -70,6 +70,8 @@ private Q_SLOTS:
 
         row("top-up nothing", TopUp, {u"4=0"_s}, Status::Refused, {}, {nothing});
         row("top-up negative", TopUp, {u"4=-1"_s, u"11=5"_s}, Status::Refused, {}, {negative});
+        row("top-up negative extra", TopUp, {u"4=10"_s, u"11=-1000"_s}, Status::Refused, {},
+            {negative});
         row("top-up beyond the money range", TopUp, {u"4=999999999999999"_s}, Status::Refused, {},
             {u"Message: Value out of range !!!"_s});
         row("withdraw nothing", Withdraw, {u"8=abc"_s}, Status::Refused, {}, {nothing});
@@ -145,6 +147,33 @@ private Q_SLOTS:
         } else if (!typed.contains(u"card=take"_s)) {
             QCOMPARE(till.sim.image(), before);
         }
+    }
+
+    // A card rewritten between Connect and Save with a record that would carry a control
+    // character into the hand-off or the slip, or a negative balance, reads as unreadable:
+    // nothing is written or posted.
+    void hostileCardPostsNothing_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("balance");
+        QTest::newRow("CR LF in NAME") << u"A\r\nWriteValue=9"_s << u"20"_s;
+        QTest::newRow("ESC p in NAME") << u"TAN\x1bp"_s << u"20"_s;
+        QTest::newRow("VALUE -50") << u"Max"_s << u"-50"_s;
+    }
+    void hostileCardPostsNothing() {
+        QFETCH(QString, name);
+        QFETCH(QString, balance);
+        Till till;
+        till.maxWithPending();
+        till.connect();
+        till.boxes.withdraw = u"10"_s;
+        test::issueCard(till.sim, u"000123"_s, name, balance);
+        const QByteArray before = till.sim.image();
+        test::RecordingPrompts silent;
+        card::CardData data;
+        QVERIFY(card::MemberCard(till.s, silent).read(data) != card::ReadResult::Ok);
+        QCOMPARE(till.save(TransactionMode::Withdraw).status, Status::NotWritten);
+        QCOMPARE(till.f.count(u"Customize_Transaction"_s), 1); // the opening line alone
+        QCOMPARE(till.sim.image(), before);
     }
 
     // A code with a quote and statement text reaches the database as a value.
