@@ -111,6 +111,34 @@ private Q_SLOTS:
                                  "New Balance    : 135.00\r\n"));
     }
 
+    // A forged card at Connect: told, then the supervisor writes the ledger's balance onto it,
+    // and the screen shows what the card now holds.
+    void forgedCardPutRightAtConnect() {
+        Till till;
+        till.f.addMember(u"000123"_s, u"Max"_s);
+        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        test::issueCard(till.sim, u"000123"_s, u"Max"_s, u"9999"_s);
+        test::MessageBoxes boxes;
+        boxes.queue(QMessageBox::Yes);
+        test::OnModal password(u"MESC"_s, [](QWidget* w) {
+            child<QLineEdit>(w, u"Text1"_s)->setText(u"KRWD3917"_s);
+            child<QPushButton>(w, u"Command1"_s)->click();
+        });
+        QString shown;
+        Screens screens([&](QWidget* w) {
+            press(w, 2);
+            shown = box(w, 2)->text();
+            press(w, 0);
+        });
+        QVERIFY(!till.start(u"WITHDRAW"_s));
+        QVERIFY(password.ran());
+        QCOMPARE(boxes.texts().value(0).section(u'\n', 0, 0),
+                 u"Card Balance does not match the Database !!!"_s);
+        QCOMPARE(boxes.texts().value(1), u"Write the Database balance to the Card ?"_s);
+        QCOMPARE(shown, u"20.00"_s);
+        QCOMPARE(till.cardValue(), u"20"_s);
+    }
+
     // The card took the new value, then the database failed: the operator is told, nothing is
     // offered twice, and the host hears true (the customer owes the value) with Posted "0".
     void databaseFailureAfterTheCardWrite() {
