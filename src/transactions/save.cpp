@@ -162,6 +162,9 @@ QString recordUnpostedWrite(const QString& iniPath, const UnpostedWrite& record)
 }
 
 Journal& journalOf(SessionSettings& session) {
+    // Its place is the settings file's folder; without one there is no place a till can trust.
+    if (session.IniPath.isEmpty())
+        throw Error(u"The till's journal has no place: no settings file was given."_s);
     const QString path = Journal::pathFor(session.IniPath);
     if (!session.TillJournal || session.TillJournal->path() != path)
         session.TillJournal = std::make_shared<Journal>(session.IniPath);
