@@ -133,7 +133,9 @@ ReadResult MemberCard::read(CardData& data) {
         return ReadResult::NotOwnSerial;
     data.code = readField(MemberSector, 1).trimmed();
     data.name = readField(MemberSector, 2).trimmed();
-    if (!openSelectLogin(ValueSector))
+    // The card stays selected: every exchange counts at the till, and a second select would
+    // only find the same card again.
+    if (!m_reader.logInTo(ValueSector))
         return ReadResult::ValueSectorFailed;
     const QByteArray value = m_reader.readBlock(ValueSector, u"0"_s);
     if (value.isEmpty() || !parseBalance(value, data.balance))
@@ -152,7 +154,9 @@ bool MemberCard::confirmAndWriteValue(const QString& billType, Currency amount,
         throw Error(u"Card balance "_s + value + u" is too large for the card !!!"_s);
     if (!m_prompts.ask(m_session.ConfirmQuestion))
         return false;
-    if (!openSelectLogin(ValueSector))
+    // Right after a read (the same-card check of a Save) the value's sector is still open; a
+    // card taken away in between fails the write rather than reaching another card's sector.
+    if (!m_reader.loggedInTo(ValueSector) && !openSelectLogin(ValueSector))
         return false;
     return writeField(ValueSector, u"VALUE"_s, value);
 }

@@ -81,8 +81,8 @@ public:
 
     // Asks "Confirm to Add in value : 10.00 to Card ?" (or "Confirm to withdraw out value : ...
     // from Card ?" for OUT and AOT), keeping the question in session.ConfirmQuestion. No writes
-    // nothing. Otherwise opens sector 9 and writes the new balance's shortest text to VALUE.
-    // True when it was written.
+    // nothing. Otherwise writes the new balance's shortest text to VALUE, in sector 9 as a read
+    // left it logged in, or after opening it. True when it was written.
     bool confirmAndWriteValue(const QString& billType, Currency amount, Currency newBalance);
 
     // Closes the session's reader handle.
