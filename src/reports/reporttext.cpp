@@ -1,6 +1,7 @@
 #include "reports/reporttext.h"
 
 #include "shell/database.h"
+#include "shell/rows.h"
 
 #include <pondar/error.h>
 
@@ -24,11 +25,76 @@ void ReportText::totalLine(Currency total) {
     line(u"Total :   "_s + QString(20, u' ') + rightAmount(total));
 }
 
-QString fill(int width, qsizetype used, const QString& what) {
+namespace {
+
+void checkFits(int width, qsizetype used, QStringView what) {
     if (used > width)
-        throw Error(u"The report cannot be finished: \""_s + what + u"\" does not fit in "_s +
-                    QString::number(width) + u" columns."_s);
+        throw Error(u"The report cannot be finished: \""_s + what.toString() +
+                    u"\" does not fit in "_s + QString::number(width) + u" columns."_s);
+}
+
+} // namespace
+
+QString fill(int width, qsizetype used, const QString& what) {
+    checkFits(width, used, what);
     return QString(width - used, u' ');
+}
+
+ReportText& ReportText::add(QStringView text) {
+    m_text.append(text);
+    return *this;
+}
+
+ReportText& ReportText::blanks(qsizetype count) {
+    m_text.resize(m_text.size() + count, u' ');
+    return *this;
+}
+
+ReportText& ReportText::amount(Currency amount, int width) {
+    // Currency::format() written into a buffer on the stack: one amount per printed row.
+    const std::int64_t units = amount.units();
+    const std::uint64_t mag =
+        units < 0 ? std::uint64_t(0) - std::uint64_t(units) : std::uint64_t(units);
+    std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
+    const bool negative = units < 0 && cents != 0;
+    char16_t buffer[24];
+    char16_t* const end = buffer + 24;
+    char16_t* p = end;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = u'.';
+    do {
+        *--p = char16_t(u'0' + cents % 10);
+        cents /= 10;
+    } while (cents != 0);
+    if (negative)
+        *--p = u'-';
+    const QStringView text(p, end - p);
+    checkFits(width, text.size(), text);
+    return blanks(width - text.size()).add(text);
+}
+
+ReportText& ReportText::code(QStringView code, int width) {
+    const QStringView trimmed = code.trimmed();
+    checkFits(width, trimmed.size(), trimmed);
+    return add(trimmed).blanks(width - trimmed.size());
+}
+
+ReportText& ReportText::name(QStringView name, int width) {
+    const QStringView trimmed = name.trimmed();
+    checkFits(width, trimmed.size(), trimmed);
+    return add(name.left(width)).blanks(width - trimmed.size());
+}
+
+ReportText& ReportText::padded(QStringView text, int width) {
+    const QStringView cut = text.left(width);
+    return add(cut).blanks(width - cut.size());
+}
+
+void ReportText::end() {
+    m_text.append(u"\r\n");
 }
 
 QString rightAmount(Currency amount, int width) {
@@ -120,6 +186,17 @@ QDateTime dbDateTime(const QVariant& value) {
 QString dateText(const QVariant& value) {
     const Stamp stamp = stampOf(value);
     return stamp.valid() ? dayText(stamp.day) : value.toString();
+}
+
+ReportText& ReportText::date(const db::Rows& rows, int column) {
+    if (rows.native() && !rows.isNull(column)) {
+        // The stored ISO text gives the printed digits as they are.
+        const QStringView t = rows.text(column).trimmed();
+        if (isoStamp(t).valid()) {
+            return add(t.mid(8, 2)).add(u"/").add(t.mid(5, 2)).add(u"/").add(t.left(4));
+        }
+    }
+    return add(dateText(rows.value(column)));
 }
 
 QString dateTimeText(const QVariant& value) {

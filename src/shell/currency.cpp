@@ -37,11 +37,12 @@ bool isSkipped(QChar c) {
     return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r';
 }
 
-// Half to even on a long double that is known to be finite; throws when out of range.
-Currency roundToUnits(long double scaled, const QString& what) {
+// Half to even on a long double that is known to be finite; throws when out of range. The
+// message is only built then: reports read thousands of amounts through here.
+template <typename What> Currency roundToUnits(long double scaled, What what) {
     const long double rounded = std::nearbyint(scaled);
     if (!(rounded >= -9223372036854775808.0L && rounded < 9223372036854775808.0L))
-        overflow(what);
+        overflow(what());
     return Currency::fromUnits(static_cast<std::int64_t>(rounded));
 }
 
@@ -156,7 +157,7 @@ Currency Currency::fromDouble(double value) {
         overflow(QString::number(value));
     // Scaled in double, as the Windows currency conversion does: 0.00125 becomes 12.5 and then 12.
     return roundToUnits(static_cast<long double>(value * double(Scale)),
-                        QString::number(value, 'g', 17));
+                        [value] { return QString::number(value, 'g', 17); });
 }
 
 double Currency::toDouble() const {
@@ -164,11 +165,25 @@ double Currency::toDouble() const {
 }
 
 QString Currency::format() const {
+    // Written back to front into one buffer: reports format an amount per printed line.
     const std::uint64_t mag = magnitude(m_units);
-    const std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
-    QString out =
-        QString::number(cents / 100) + u'.' + QString::number(cents % 100).rightJustified(2, u'0');
-    return (m_units < 0 && cents != 0) ? u'-' + out : out;
+    std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
+    const bool negative = m_units < 0 && cents != 0;
+    char16_t buffer[24];
+    char16_t* end = buffer + sizeof buffer / sizeof buffer[0];
+    char16_t* p = end;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = u'.';
+    do {
+        *--p = char16_t(u'0' + cents % 10);
+        cents /= 10;
+    } while (cents != 0);
+    if (negative)
+        *--p = u'-';
+    return QString(reinterpret_cast<const QChar*>(p), end - p);
 }
 
 QString Currency::toShortString() const {
@@ -186,8 +201,9 @@ QString Currency::toShortString() const {
 Currency Currency::percent(double rate) const {
     if (!std::isfinite(rate))
         overflow(QString::number(rate));
-    return roundToUnits(static_cast<long double>(m_units) * rate / 100.0L,
-                        toShortString() + u" x "_s + QString::number(rate) + u" %"_s);
+    return roundToUnits(static_cast<long double>(m_units) * rate / 100.0L, [this, rate] {
+        return QString(toShortString() + u" x "_s + QString::number(rate) + u" %"_s);
+    });
 }
 
 Currency Currency::operator+(Currency other) const {
