@@ -108,26 +108,27 @@ void generateLedger(const QSqlDatabase& db, const LedgerSize& size,
         const int m = pick(size.members);
         const QString card = cardOf(m);
         const QString ref = moment.toString(u"ddMMyyyyhhmmss"_s) + u'-' + card + u'-';
-        const int kind = pick(20);
+        // A fifth of the lines are top-ups of 5 to 50, most are purchases of 0.50 to 5.00.
+        const int kind = pick(40);
         const QString staffCode = staffOf(pick(size.staff));
         const QString outlet = outletOf(pick(sites));
         const Currency previous = balance[std::size_t(m)];
         const Currency topUp = whole(5 * (1 + pick(10)));
         QString type;
         Currency value;
-        if (kind < 9) {
+        if (kind < 8) {
             type = u"IN"_s;
             value = topUp + topUp.percent(10);
-        } else if (kind < 17) {
-            // A purchase of 2 to 40, never more than the card holds.
+        } else if (kind < 36) {
+            // Never more than the card holds.
             type = u"OUT"_s;
-            value = Currency() - std::min(previous, whole(2 + pick(39)));
-        } else if (kind < 18) {
+            value = -std::min(previous, Currency::fromUnits((1 + pick(10)) * Currency::Scale / 2));
+        } else if (kind < 37) {
             type = u"AIN"_s;
             value = whole(5);
-        } else if (kind < 19) {
+        } else if (kind < 38) {
             type = u"AOT"_s;
-            value = Currency() - std::min(previous, whole(5));
+            value = -std::min(previous, whole(5));
         } else {
             type = u"PED"_s;
             value = topUp.percent(5);

@@ -33,10 +33,11 @@ QString outletOf(int n);
 
 // Fills the component's tables and the host's member and staff tables, which must exist and be
 // empty, with a deterministic ledger: lines are spread evenly over the days and stamped the
-// business day at 00:00:00 as posting stamps them. Amounts are a till's: top-ups of 5 to 50,
-// withdrawals that never take a card below zero, so that every card's lines chain (each line's
-// previous value is the card's balance) and a month of a ten-million-line ledger still prints
-// its totals in ten columns. Runs in one database transaction on `db`,
+// business day at 00:00:00 as posting stamps them. Amounts are a canteen till's: a few top-ups
+// of 5 to 50 and many purchases of 0.50 to 5.00 that never take a card below zero, so that every
+// card's lines chain (each line's previous value is the card's balance) and a 30-day daily
+// summary of a ten-million-line ledger still prints its totals in ten columns (withdrawals
+// under a million, the widest negative amount that fits). Runs in one database transaction on `db`,
 // which must be the generator's own connection. Throws db::DatabaseError.
 void generateLedger(const QSqlDatabase& db, const LedgerSize& size,
                     const std::function<void(const QString&)>& progress = {});
