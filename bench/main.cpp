@@ -13,6 +13,7 @@
 #include "cardcount.h"
 #include "floor.h"
 #include "ledger.h"
+#include "register.h"
 
 #include "reports/eod.h"
 #include "reports/grids.h"
@@ -414,10 +415,12 @@ int main(int argc, char** argv) {
                                   u"SQLite synchronous mode for the Save (FULL, NORMAL, OFF)."_s,
                                   u"mode"_s, u"FULL"_s);
     const QCommandLineOption runs(u"runs"_s, u"Runs of each timing."_s, u"n"_s, u"5"_s);
+    const QCommandLineOption registerMembersOption(
+        u"register-members"_s, u"Members in the register's own table."_s, u"n"_s, u"100000"_s);
     const QCommandLineOption only(
         u"only"_s, u"Measure only the reports whose name holds this text."_s, u"text"_s);
-    parser.addOptions(
-        {dbOption, members, lines, pending, days, sites, flatDb, flatLines, sync, runs, only});
+    parser.addOptions({dbOption, members, lines, pending, days, sites, flatDb, flatLines, sync,
+                       runs, only, registerMembersOption});
     parser.process(app);
 
     bench::LedgerSize size;
@@ -428,7 +431,13 @@ int main(int argc, char** argv) {
     size.sites = std::max(1, parser.value(sites).toInt());
     const int n = std::max(1, parser.value(runs).toInt());
 
+    const int registerMembers = std::max(10, parser.value(registerMembersOption).toInt());
+
     QTemporaryDir temp;
+    // The register's members live beside the ledger, made once for each size.
+    const QString registerFile =
+        (parser.isSet(dbOption) ? QFileInfo(parser.value(dbOption)).absolutePath() : temp.path()) +
+        u"/register-"_s + QString::number(registerMembers) + u".db"_s;
     const QString file =
         parser.isSet(dbOption) ? parser.value(dbOption) : temp.filePath(u"ledger.db"_s);
 
@@ -457,6 +466,13 @@ int main(int argc, char** argv) {
             }
             QSqlDatabase::removeDatabase(u"flat"_s);
         }
+
+        out << Qt::endl
+            << QString(u"member register, "_s + QString::number(registerMembers) + u" members"_s)
+                   .leftJustified(46)
+            << QString(u"measured"_s).rightJustified(9) << QString(u"goal"_s).rightJustified(10)
+            << QString(u"ratio"_s).rightJustified(8) << Qt::endl;
+        bench::registerFigures(out, registerFile, registerMembers, n);
 
         cardFigures();
         out << Qt::endl;

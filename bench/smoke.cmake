@@ -4,7 +4,7 @@ file(REMOVE_RECURSE ${WORKDIR})
 file(MAKE_DIRECTORY ${WORKDIR})
 execute_process(
     COMMAND ${BENCH} --db ${WORKDIR}/ledger.db --members 300 --lines 3000 --pending 300 --days 30
-            --runs 1 --flat-db ${WORKDIR}/flat.db --flat-lines 1000
+            --runs 1 --flat-db ${WORKDIR}/flat.db --flat-lines 1000 --register-members 2000
     OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE result)
 message("${output}")
 if(NOT result EQUAL 0)
@@ -26,6 +26,13 @@ endforeach()
 foreach(report "daily summary" "member balances" "staff commission")
     if(NOT output MATCHES "\n${report} +${number} \\([0-9]+\\) +${number} \\([0-9]+\\) +${number}x")
         message(FATAL_ERROR "no cost per printed line for \"${report}\"")
+    endif()
+endforeach()
+# Register figures: measured value, goal, ratio.
+foreach(figure "register opens" "register, last record" "register, last record memory"
+        "register, search" "register, save last member" "register, memory after close")
+    if(NOT output MATCHES "${figure} \\([a-zA-Z]+\\) +${number} +${number} +${number}x")
+        message(FATAL_ERROR "no figure beside its goal for \"${figure}\"")
     endif()
 endforeach()
 # Card exchanges beside the fewest.
