@@ -8,7 +8,6 @@
 #include <pondar/error.h>
 
 #include <QDate>
-#include <QSqlQuery>
 
 #include <vector>
 
