@@ -457,12 +457,11 @@ int main(int argc, char** argv) {
             return 0;
 
         if (parser.isSet(flatDb)) {
-            // The same density of lines per day and members per line as the main ledger.
+            // A younger site: the same members and lines per day, fewer days.
             bench::LedgerSize small = size;
             small.lines = std::max(100, parser.value(flatLines).toInt());
             const double scale = double(small.lines) / size.lines;
             small.days = std::max(2, int(size.days * scale));
-            small.members = std::max(10, int(size.members * scale));
             small.pending = std::max(10, int(size.pending * scale));
             {
                 QSqlDatabase smallDb = openLedger(u"flat"_s, parser.value(flatDb), small);

@@ -190,11 +190,11 @@ QString dateText(const QVariant& value) {
 
 ReportText& ReportText::date(const db::Rows& rows, int column) {
     if (rows.native() && !rows.isNull(column)) {
-        // The stored ISO text gives the printed digits as they are.
+        // A stored ISO date gives the printed digits as they are. A year that is not four
+        // digits goes the long way, which prints it as the date it reads as.
         const QStringView t = rows.text(column).trimmed();
-        if (isoStamp(t).valid()) {
+        if (isoStamp(t).valid() && digits(t, 0, 4) >= 0)
             return add(t.mid(8, 2)).add(u"/").add(t.mid(5, 2)).add(u"/").add(t.left(4));
-        }
     }
     return add(dateText(rows.value(column)));
 }

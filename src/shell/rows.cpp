@@ -6,6 +6,8 @@
 
 #include <sqlite3.h>
 
+#include <cstdio>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::db {
@@ -28,6 +30,20 @@ sqlite3* sqliteHandle(const QSqlDatabase& db) {
 
 // As Qt's SQLite driver binds a value.
 int bind(sqlite3_stmt* stmt, int index, const QVariant& given) {
+    if (given.typeId() == QMetaType::QDateTime) {
+        // bindValue()'s text, written by hand: QDateTime::toString() costs more than a short
+        // report statement, and a report binds a date or two per statement.
+        const QDateTime moment = given.toDateTime();
+        const QDate day = moment.date();
+        const QTime time = moment.time();
+        if (moment.isValid() && day.year() >= 1 && day.year() <= 9999) {
+            char text[32];
+            const int size =
+                std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", day.year(),
+                              day.month(), day.day(), time.hour(), time.minute(), time.second());
+            return sqlite3_bind_text(stmt, index, text, size, SQLITE_TRANSIENT);
+        }
+    }
     const QVariant value = bindValue(Dialect::SQLite, given);
     if (value.isNull())
         return sqlite3_bind_null(stmt, index);
