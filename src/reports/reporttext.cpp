@@ -151,6 +151,31 @@ Stamp isoStamp(QStringView t) {
     return {day, QTime(digits(t, 11, 2), digits(t, 14, 2), digits(t, 17, 2))};
 }
 
+// Whether isoStamp() reads the text as a valid stamp with a four-digit year, checked without
+// building a QDate and a QTime: the proleptic Gregorian calendar that QDate uses.
+bool plainIsoStamp(QStringView t) {
+    if (t.size() < 10 || t[4] != u'-' || t[7] != u'-')
+        return false;
+    const int year = digits(t, 0, 4);
+    const int month = digits(t, 5, 2);
+    const int day = digits(t, 8, 2);
+    if (year < 1 || month < 1 || month > 12 || day < 1)
+        return false;
+    static constexpr int Days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    if (day > Days[month - 1] + (month == 2 && leap ? 1 : 0))
+        return false;
+    if (t.size() == 10)
+        return true;
+    if (t.size() < 19 || (t[10] != u' ' && t[10] != u'T') || t[13] != u':' || t[16] != u':' ||
+        (t.size() > 19 && t[19] != u'.'))
+        return false;
+    const int hour = digits(t, 11, 2);
+    const int minute = digits(t, 14, 2);
+    const int second = digits(t, 17, 2);
+    return hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60;
+}
+
 Stamp stampOf(const QVariant& value) {
     if (value.isNull())
         return {};
@@ -193,7 +218,7 @@ ReportText& ReportText::date(const db::Rows& rows, int column) {
         // A stored ISO date gives the printed digits as they are. A year that is not four
         // digits goes the long way, which prints it as the date it reads as.
         const QStringView t = rows.text(column).trimmed();
-        if (isoStamp(t).valid() && digits(t, 0, 4) >= 0)
+        if (plainIsoStamp(t))
             return add(t.mid(8, 2)).add(u"/").add(t.mid(5, 2)).add(u"/").add(t.left(4));
     }
     return add(dateText(rows.value(column)));
