@@ -1,0 +1,85 @@
+#include "reports/reporttext.h"
+#include "shell/database.h"
+#include "shell/rows.h"
+#include "support/fixtures.h"
+
+#include <QSqlQuery>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace pondar;
+
+// The row reader that reports use gives what the Qt driver gives: the same text, money, nulls
+// and printed dates, whichever way it reads them.
+class TestRows final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        f = new test::Fixture;
+        db::exec(f->db(), u"CREATE TABLE t (id INTEGER, v)"_s);
+        const QVariantList values = {u"CARD 1"_s,
+                                     u" padded  "_s,
+                                     u"Ünïcödé ☕"_s,
+                                     QVariant(),
+                                     qint64(7),
+                                     0.1,
+                                     150.5,
+                                     u"12.34567"_s,
+                                     u"2024-03-01 00:00:00"_s,
+                                     u"2024-02-30 00:00:00"_s,
+                                     u"20a4-03-01"_s,
+                                     u"0999-01-01 10:00:00"_s,
+                                     u"2024-03-01T08:00:00.5"_s,
+                                     u" 2024-03-01 "_s,
+                                     u"2024-03-01 24:00:00"_s,
+                                     u"garbage"_s,
+                                     u""_s};
+        for (int i = 0; i < values.size(); ++i)
+            db::exec(f->db(), u"INSERT INTO t (id, v) VALUES (?, ?)"_s, {i, values.at(i)});
+    }
+    void cleanupTestCase() { delete f; }
+
+    void everyValueReadsAsTheDriverReadsIt() {
+        db::Rows rows(f->db(), u"SELECT id, v FROM t ORDER BY id"_s);
+        QSqlQuery q = db::exec(f->db(), u"SELECT id, v FROM t ORDER BY id"_s);
+        int n = 0;
+        while (q.next()) {
+            QVERIFY(rows.next());
+            const QString what = q.value(1).toString();
+            QCOMPARE(rows.isNull(1), q.isNull(1));
+            QCOMPARE(rows.text(1).toString(), what);
+            QCOMPARE(rows.value(1).isNull(), q.value(1).isNull());
+            QCOMPARE(rows.value(1).toString(), what);
+            QCOMPARE(rows.money(1), db::readMoney(q.value(1)));
+            reports::ReportText viaRows;
+            viaRows.date(rows, 1);
+            QVERIFY2(viaRows.text() == reports::dateText(q.value(1)), qPrintable(what));
+            ++n;
+        }
+        QVERIFY(!rows.next());
+        QVERIFY(!rows.next()); // stays at the end
+        QCOMPARE(n, 17);
+    }
+
+    void boundDatesFindTheRowsTheyName() {
+        db::Rows rows(f->db(), u"SELECT id FROM t WHERE v between ? and ?"_s,
+                      {QDateTime(QDate(2024, 3, 1), QTime(0, 0)),
+                       QDateTime(QDate(2024, 3, 1), QTime(23, 59, 59))});
+        QStringList ids;
+        while (rows.next())
+            ids.append(rows.text(0).toString());
+        // Stored text compares as text: a padded or "T" form is not that day.
+        QCOMPARE(ids, QStringList({u"8"_s}));
+    }
+
+    void aBadStatementIsAnError() {
+        QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::Rows(f->db(), u"SELECT nothing FROM t"_s));
+    }
+
+private:
+    test::Fixture* f = nullptr;
+};
+
+QTEST_GUILESS_MAIN(TestRows)
+#include "tst_rows.moc"
