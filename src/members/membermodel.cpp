@@ -128,8 +128,10 @@ int MemberTableModel::next(int row) {
         return first();
     if (row + 1 < rowCount())
         return row + 1;
-    // A full window may have members after it: the next one starts at this row's member.
-    if (m_window == Window::Only || m_window == Window::End || rowCount() < PageRows)
+    // Members may follow, unless the window ends the source: the next window starts at this
+    // row's member. A window counted back from a member ends at that member, never at the end.
+    if (m_window == Window::Only || m_window == Window::End ||
+        (m_window != Window::Through && rowCount() < PageRows))
         return row;
     if (!load(Window::From, code(row)))
         return first();

@@ -58,6 +58,11 @@ private Q_SLOTS:
             row = model->previous(row);
         }
         QCOMPARE(model->code(row), codeOf(0)); // stays on the first
+        // And forward again from the windows the walk back left.
+        for (int n = 0; n < Members; ++n) {
+            QCOMPARE(model->code(row), codeOf(n));
+            row = model->next(row);
+        }
         QCOMPARE(model->totalCount(), qint64(Members));
     }
 
