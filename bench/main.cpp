@@ -22,6 +22,7 @@
 #include "shell/database.h"
 #include "shell/session.h"
 #include "shell/text.h"
+#include "shell/textgrid.h"
 #include "transactions/handoff.h"
 #include "transactions/ledger.h"
 #include "transactions/save.h"
@@ -33,7 +34,6 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSqlQuery>
-#include <QSqlRecord>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -41,6 +41,7 @@
 #include <cstdio>
 #include <ctime>
 #include <functional>
+#include <memory>
 #include <vector>
 
 using namespace Qt::Literals::StringLiterals;
@@ -84,18 +85,6 @@ void timeIt(const QString& what, int runs, const std::function<qint64()>& work) 
 
 qint64 lineCount(const QString& text) {
     return text.count(u"\r\n"_s);
-}
-
-// Steps through a grid's rows reading every column, as a grid showing them would.
-qint64 drain(QSqlQuery&& q) {
-    qint64 n = 0;
-    const int columns = q.record().count();
-    while (q.next()) {
-        for (int c = 0; c < columns; ++c)
-            q.value(c);
-        ++n;
-    }
-    return n;
 }
 
 qint64 rowCount(const QSqlDatabase& db, const QString& table) {
@@ -296,16 +285,22 @@ std::vector<FloorCase> gridCases(const QSqlDatabase& db, const QString& card, QD
     const QString cardSql = u"select ID,Billtype as [Type],TrsDate as [Date],BillNo as [Ref],"
                             "PValue as [Value], RefTrsNo as [TrsNo] from Customize_Transaction "
                             "where CardNo=? and TrsDate between ? and ? order by TrsDate"_s;
+    // A screen keeps its grid model and loads it again at each search.
+    auto grid = std::make_shared<TextGridModel>();
     return {
         {u"member report grid, one card, all days"_s,
-         [db, card, first, last](QString&) {
-             return drain(reports::memberTransactions(db, card, first, last));
+         [db, card, first, last, grid](QString&) {
+             reports::memberTransactions(*grid, db, card, first, last);
+             return qint64(grid->rowCount());
          },
          {{cardSql,
            {card, iso(QDateTime(first, QTime(0, 0, 1))),
             iso(QDateTime(last, QTime(23, 59, 59)))}}}},
         {u"log viewer grid, one business date"_s,
-         [db, day](QString&) { return drain(reports::logLines(db, day)); },
+         [db, day, grid](QString&) {
+             reports::logLines(*grid, db, day);
+             return qint64(grid->rowCount());
+         },
          {{u"Select a.ActualDate as 'Date',a.StaffCode as 'Staff',"
            "b.StaffName as 'Name',a.Description from customize_Log as a "
            "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "

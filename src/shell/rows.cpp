@@ -3,6 +3,7 @@
 #include "shell/database.h"
 
 #include <QSqlDriver>
+#include <QSqlRecord>
 
 #include <sqlite3.h>
 
@@ -124,6 +125,18 @@ bool Rows::next() {
     return false;
 }
 
+int Rows::columnCount() const {
+    if (m_native)
+        return m_stmt ? sqlite3_column_count(m_stmt) : 0;
+    return m_query.record().count();
+}
+
+QString Rows::columnName(int column) const {
+    if (m_native)
+        return m_stmt ? QString::fromUtf8(sqlite3_column_name(m_stmt, column)) : QString();
+    return m_query.record().fieldName(column);
+}
+
 bool Rows::isNull(int column) const {
     if (!m_stmt)
         return m_query.isNull(column);
@@ -165,6 +178,19 @@ void Rows::keep(int column, QString text) const {
     if (m_texts.size() <= std::size_t(column))
         m_texts.resize(std::size_t(column) + 1);
     m_texts[std::size_t(column)] = std::move(text);
+}
+
+void Rows::appendUtf8(QByteArray& out, int column) const {
+    if (m_stmt && sqlite3_column_type(m_stmt, column) == SQLITE_TEXT) {
+        const auto* utf8 = sqlite3_column_text(m_stmt, column);
+        out.append(reinterpret_cast<const char*>(utf8), sqlite3_column_bytes(m_stmt, column));
+        return;
+    }
+    if (m_stmt && sqlite3_column_type(m_stmt, column) == SQLITE_INTEGER) {
+        out.append(QByteArray::number(qint64(sqlite3_column_int64(m_stmt, column))));
+        return;
+    }
+    out.append(text(column).toUtf8());
 }
 
 Currency Rows::money(int column) const {

@@ -2,6 +2,7 @@
 
 #include <pondar/currency.h>
 
+#include <QByteArray>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
@@ -31,12 +32,17 @@ public:
     Rows& operator=(const Rows&) = delete;
 
     bool next();
+    // The columns and their names as the statement gives them (aliases), until the last row.
+    int columnCount() const;
+    QString columnName(int column) const;
     // Whether the rows come straight from SQLite.
     bool native() const { return m_native; }
 
     bool isNull(int column) const;
     // The column as text, as QVariant::toString() gives it; valid until next().
     QStringView text(int column) const;
+    // Appends text(column) as UTF-8 to `out`, straight from where SQLite keeps it when it can.
+    void appendUtf8(QByteArray& out, int column) const;
     // The column as money, as db::readMoney() reads it.
     Currency money(int column) const;
     // The column as the Qt driver would give it (dates typed on ODBC, text on SQLite).
