@@ -1,6 +1,7 @@
 #include "reports/reporttext.h"
 #include "shell/database.h"
 #include "shell/rows.h"
+#include "shell/textgrid.h"
 #include "support/fixtures.h"
 
 #include <QSqlQuery>
@@ -60,6 +61,27 @@ private Q_SLOTS:
         QVERIFY(!rows.next());
         QVERIFY(!rows.next()); // stays at the end
         QCOMPARE(n, 17);
+    }
+
+    // The grid shows each value as the driver's own text, a null as nothing, money as "#0.00".
+    void aGridShowsWhatTheRowsHold() {
+        TextGridModel grid;
+        db::Rows rows(f->db(),
+                      u"SELECT id as [Row], v as [Value], v as [Money] FROM t ORDER BY id"_s);
+        grid.load(rows, {}, {2});
+        QCOMPARE(grid.headerData(1, Qt::Horizontal).toString(), u"Value"_s);
+        QSqlQuery q = db::exec(f->db(), u"SELECT id, v FROM t ORDER BY id"_s);
+        int row = 0;
+        while (q.next()) {
+            const QVariant shown = grid.index(row, 1).data();
+            QCOMPARE(shown.isNull(), q.isNull(1));
+            QCOMPARE(shown.toString(), q.value(1).toString());
+            QCOMPARE(grid.index(row, 0).data().toString(), q.value(0).toString());
+            if (!q.isNull(1))
+                QCOMPARE(grid.index(row, 2).data().toString(), db::readMoney(q.value(1)).format());
+            ++row;
+        }
+        QCOMPARE(grid.rowCount(), row);
     }
 
     void boundDatesFindTheRowsTheyName() {
