@@ -8,7 +8,9 @@
 #include <QSqlError>
 #include <QSqlQuery>
 
+#include <algorithm>
 #include <random>
+#include <vector>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -57,6 +59,10 @@ QString nameOf(int n) {
     return u"MEMBER %1"_s.arg(n + 1);
 }
 
+QString outletOf(int n) {
+    return u"OUT%1"_s.arg(n + 1);
+}
+
 void generateLedger(const QSqlDatabase& db, const LedgerSize& size,
                     const std::function<void(const QString&)>& progress) {
     auto say = [&](const QString& text) {
@@ -89,45 +95,56 @@ void generateLedger(const QSqlDatabase& db, const LedgerSize& size,
     Inserter log(db, u"INSERT INTO Customize_Log (StaffCode,BizDate,ActualDate,Description) "
                      "VALUES (?,?,?,?)"_s);
     const int perDay = std::max(1, size.lines / size.days);
+    const int sites = std::max(1, size.sites);
+    // Each card's balance as its lines move it: a line's previous value is where the card stood.
+    std::vector<Currency> balance(std::size_t(size.members));
+    auto whole = [](int n) { return Currency::fromUnits(n * Currency::Scale); };
     for (int i = 0; i < size.lines; ++i) {
         const QDate day = firstDay().addDays(std::min(i / perDay, size.days - 1));
-        const QDateTime moment(day, QTime(8, 0).addSecs(i % perDay * 30));
+        // The day's lines between 08:00 and 22:00, in order.
+        const QDateTime moment(day,
+                               QTime(8, 0).addSecs(int(qint64(i % perDay) * 14 * 3600 / perDay)));
         const QString trsDate = isoDayStart(day);
         const int m = pick(size.members);
         const QString card = cardOf(m);
         const QString ref = moment.toString(u"ddMMyyyyhhmmss"_s) + u'-' + card + u'-';
-        const int kind = pick(20);
+        // A fifth of the lines are top-ups of 5 to 50, most are purchases of 0.50 to 5.00.
+        const int kind = pick(40);
         const QString staffCode = staffOf(pick(size.staff));
-        const double previous = pick(50000) / 100.0;
-        const double topUp = double(10 * (1 + pick(10)));
+        const QString outlet = outletOf(pick(sites));
+        const Currency previous = balance[std::size_t(m)];
+        const Currency topUp = whole(5 * (1 + pick(10)));
         QString type;
-        double value = 0;
-        if (kind < 10) {
+        Currency value;
+        if (kind < 8) {
             type = u"IN"_s;
-            value = topUp * 1.1;
-        } else if (kind < 16) {
+            value = topUp + topUp.percent(10);
+        } else if (kind < 36) {
+            // Never more than the card holds.
             type = u"OUT"_s;
-            value = -std::min(previous, topUp);
-        } else if (kind < 17) {
+            value = -std::min(previous, Currency::fromUnits((1 + pick(10)) * Currency::Scale / 2));
+        } else if (kind < 37) {
             type = u"AIN"_s;
-            value = 5;
-        } else if (kind < 18) {
+            value = whole(5);
+        } else if (kind < 38) {
             type = u"AOT"_s;
-            value = -5;
+            value = -std::min(previous, whole(5));
         } else {
             type = u"PED"_s;
-            value = topUp / 20;
+            value = topUp.percent(5);
         }
+        balance[std::size_t(m)] = previous + value;
         const bool in = type == u"IN"_s;
-        line({card, nameOf(m), trsDate, u"T%1"_s.arg(i), u"OUT1"_s, ref,
-              type == u"PED"_s ? QVariant() : QVariant(u"B%1"_s.arg(i)), type, money(value),
-              money(previous), money(previous + value), money(0), in ? money(topUp) : QVariant(),
-              in ? money(topUp * 0.1) : QVariant(), QVariant()});
+        line({card, nameOf(m), trsDate, u"T%1"_s.arg(i), outlet, ref,
+              type == u"PED"_s ? QVariant() : QVariant(u"B%1"_s.arg(i)), type, db::bindMoney(value),
+              db::bindMoney(previous), db::bindMoney(previous + value), money(0),
+              in ? db::bindMoney(topUp) : QVariant(),
+              in ? db::bindMoney(topUp.percent(10)) : QVariant(), QVariant()});
         if (in)
-            comm({staffCode, trsDate, ref, card, nameOf(m), money(topUp), money(topUp / 100)});
+            comm({staffCode, trsDate, ref, card, nameOf(m), db::bindMoney(topUp),
+                  db::bindMoney(topUp.percent(1))});
         log({staffCode, trsDate, isoDateTime(moment),
-             QString(u"Writing value :"_s + QString::number(value, 'f', 2) + u" to CardNo : "_s +
-                     card)});
+             QString(u"Writing value :"_s + value.format() + u" to CardNo : "_s + card)});
         if (i % 100000 == 99999)
             say(u"%1 lines"_s.arg(i + 1));
     }

@@ -150,7 +150,9 @@ ReadResult MemberCard::read(CardData& data) {
         return ReadResult::BadRecord;
     data.code = fromAnsi(beforeFirstNul(code)).trimmed();
     data.name = fromAnsi(beforeFirstNul(name)).trimmed();
-    if (!openSelectLogin(ValueSector))
+    // The card stays selected: every exchange counts at the till, and a second select would
+    // only find the same card again.
+    if (!m_reader.logInTo(ValueSector))
         return ReadResult::ValueSectorFailed;
     const QByteArray value = m_reader.readBlock(ValueSector, u"0"_s);
     if (value.isEmpty() || !parseBalance(value, data.balance))
@@ -180,7 +182,9 @@ void MemberCard::checkBalanceFits(Currency balance) {
 
 bool MemberCard::writeValue(Currency newBalance) {
     checkBalanceFits(newBalance);
-    if (!openSelectLogin(ValueSector))
+    // Right after a read (the same-card check of a Save) the value's sector is still open; a
+    // card taken away in between fails the write rather than reaching another card's sector.
+    if (!m_reader.loggedInTo(ValueSector) && !openSelectLogin(ValueSector))
         return false;
     return writeField(ValueSector, u"VALUE"_s, newBalance.toShortString());
 }

@@ -88,7 +88,8 @@ public:
     // from Card ?" for OUT and AOT). No writes nothing. Otherwise opens sector 9 and writes the
     // new balance's shortest text to VALUE. True when it was written.
     bool confirmAndWriteValue(BillType billType, Currency amount, Currency newBalance);
-    // The write alone: opens sector 9 and writes the balance. Throws pondar::Error, writing
+    // The write alone: writes the balance in sector 9 as a read left it logged in, or after
+    // opening it. Throws pondar::Error, writing
     // nothing, for a balance whose text is too long for the block.
     bool writeValue(Currency newBalance);
     static void checkBalanceFits(Currency balance);

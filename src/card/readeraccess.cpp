@@ -78,6 +78,16 @@ bool ReaderAccess::openSelectLogin(int port, int sector) {
     return openReader(QString::number(port)) && selectCard() && logIn();
 }
 
+bool ReaderAccess::logInTo(int sector) {
+    m_session.LoginSector = std::uint16_t(sector);
+    return logIn();
+}
+
+bool ReaderAccess::loggedInTo(int sector) const {
+    return m_session.ReaderHandle >= 0 && m_session.ReaderStatus >= 0 &&
+           m_session.LoginSector == sector;
+}
+
 namespace {
 
 uint8 absoluteBlock(int sector, double block) {

@@ -42,6 +42,11 @@ public:
     bool logIn();
     // Every group of card operations starts here, against a freshly opened reader.
     bool openSelectLogin(int port, int sector);
+    // Logs in to another sector of the card already selected.
+    bool logInTo(int sector);
+    // Whether the card selected on the open handle is logged in to this sector and nothing has
+    // failed since: a write there needs no new select or login.
+    bool loggedInTo(int sector) const;
 
     // The 16 bytes of block sector * 4 + the block text's number (a non-number is block 0).
     // On failure an "Error" box, empty bytes, and the status stays in ReaderStatus. Throws

@@ -214,14 +214,16 @@ void MFCUST::buildControls() {
         if (m_mapper && m_mapper->currentIndex() >= 0)
             guarded(this, [&] { refreshHistory(); });
     });
+    // The model pages through the register; the moves come back as rows of its window.
     connect(MData, &DataNavigator::firstRequested, this,
-            [this] { guarded(this, [&] { moveTo(0); }); });
-    connect(MData, &DataNavigator::previousRequested, this,
-            [this] { guarded(this, [&] { moveTo(std::max(m_mapper->currentIndex() - 1, 0)); }); });
+            [this] { guarded(this, [&] { moveTo(m_model->first()); }); });
+    connect(MData, &DataNavigator::previousRequested, this, [this] {
+        guarded(this, [&] { moveTo(m_model->previous(m_mapper->currentIndex())); });
+    });
     connect(MData, &DataNavigator::nextRequested, this,
-            [this] { guarded(this, [&] { moveTo(m_mapper->currentIndex() + 1); }); });
+            [this] { guarded(this, [&] { moveTo(m_model->next(m_mapper->currentIndex())); }); });
     connect(MData, &DataNavigator::lastRequested, this,
-            [this] { guarded(this, [&] { moveTo(m_model->fetchAll()); }); });
+            [this] { guarded(this, [&] { moveTo(m_model->last()); }); });
 
     TXT[0]->setEnabled(false);
     for (int i = 1; i < 6; ++i)

@@ -2,14 +2,13 @@
 
 #include "reports/reporttext.h"
 #include "shell/database.h"
+#include "shell/rows.h"
 #include "shell/text.h"
 
 #include <pondar/error.h>
 
 #include <QDate>
-#include <QSqlQuery>
 
-#include <utility>
 #include <vector>
 
 using namespace Qt::Literals::StringLiterals;
@@ -71,22 +70,21 @@ QString billTypeLabel(const QString& billType, const QString& previous) {
 // by-type totals plus its lines. End-of-day figures have always been read that way.
 void billLines(ReportText& out, const QSqlDatabase& db, const Range& range, const QString& billType,
                const QString& heading, Currency& running) {
-    auto q = db::exec(db,
-                      u"select TrsDate,BillNo,RefTrsNo,CardNo,Name,PValue "
-                      "from Customize_Transaction WHERE TrsDate between ? and ? "
-                      "and Billtype=? order by TrsDate"_s,
-                      {range.start, range.end, billType});
+    db::Rows q(db,
+               u"select TrsDate,BillNo,RefTrsNo,CardNo,Name,PValue "
+               "from Customize_Transaction WHERE TrsDate between ? and ? "
+               "and Billtype=? order by TrsDate"_s,
+               {range.start, range.end, billType});
     bool any = false;
     while (q.next()) {
         if (!any)
             out.line(heading);
         any = true;
-        const Currency value = db::readMoney(q.value(5));
-        out.line(dateText(q.value(0)) + u" #"_s + q.value(1).toString());
-        out.line(u"RefNo# :"_s + q.value(2).toString());
-        out.line(codeColumn(q.value(3).toString()) + nameColumn(q.value(4).toString()) +
-                 rightAmount(value));
-        out.line();
+        const Currency value = q.money(5);
+        out.date(q, 0).add(u" #").add(q.text(1)).end();
+        out.add(u"RefNo# :").add(q.text(2)).end();
+        out.code(q.text(3)).name(q.text(4)).amount(value).end();
+        out.end();
         running += value;
     }
     if (any)
@@ -102,9 +100,8 @@ void codeNameAmountBlock(ReportText& out, db::Rows& q, const QString& heading,
         if (!any)
             out.line(heading);
         any = true;
-        const Currency value = db::readMoney(q.value(2));
-        out.line(codeColumn(q.value(0).toString()) + nameColumn(q.value(1).toString()) +
-                 rightAmount(value));
+        const Currency value = q.money(2);
+        out.code(q.text(0)).name(q.text(1)).amount(value).end();
         running += value;
     }
     if (any)
@@ -113,13 +110,12 @@ void codeNameAmountBlock(ReportText& out, db::Rows& q, const QString& heading,
 
 // Whether two card numbers are one group of a GROUP BY on this server: SQL Server compares
 // without case (its usual collation) and ignores trailing blanks; SQLite compares exactly.
-bool sameCard(db::Dialect dialect, const QVariant& a, const QVariant& b) {
-    if (a.isNull() || b.isNull())
-        return a.isNull() && b.isNull();
+bool sameCard(db::Dialect dialect, bool aNull, QStringView a, bool bNull, QStringView b) {
+    if (aNull || bNull)
+        return aNull && bNull;
     if (dialect == db::Dialect::SQLite)
-        return a.toString() == b.toString();
-    auto key = [](const QVariant& v) {
-        QString s = v.toString();
+        return a == b;
+    auto key = [](QStringView s) {
         while (s.endsWith(u' '))
             s.chop(1);
         return s;
@@ -138,14 +134,14 @@ QString dailySummary(const QSqlDatabase& db, const EodRequest& request) {
     Currency running;
     {
         // Rows come in whatever order the server groups them.
-        auto q = db::exec(db,
-                          u"select billtype,sum(PVALUE) as TBal from customize_transaction "
-                          "where TrsDate between ? and ? Group by billtype"_s,
-                          {range.start, range.end});
+        db::Rows q(db,
+                   u"select billtype,sum(PVALUE) as TBal from customize_transaction "
+                   "where TrsDate between ? and ? Group by billtype"_s,
+                   {range.start, range.end});
         QString label;
         while (q.next()) {
-            label = billTypeLabel(q.value(0).toString(), label);
-            const Currency total = db::readMoney(q.value(1));
+            label = billTypeLabel(q.text(0).toString(), label);
+            const Currency total = q.money(1);
             out.line(label + fill(30, label.size(), label) + rightAmount(total));
             running += total;
         }
@@ -158,12 +154,12 @@ QString dailySummary(const QSqlDatabase& db, const EodRequest& request) {
     {
         // The commission block covers the from-date alone, whatever the to-date: the lines
         // dated that business date, which posting stores at 00:00:00.
-        auto q = db::exec(db,
-                          u"select a.StaffCode,b.StaffName, sum(a.PValue) as TBal "
-                          "from Customize_StaffComm as a left outer join tpay_mt_staff as b "
-                          "on b.staffcode=a.staffcode WHERE a.TrsDate=? "
-                          "group by a.StaffCode,b.staffname order by a.StaffCode"_s,
-                          {range.start});
+        db::Rows q(db,
+                   u"select a.StaffCode,b.StaffName, sum(a.PValue) as TBal "
+                   "from Customize_StaffComm as a left outer join tpay_mt_staff as b "
+                   "on b.staffcode=a.staffcode WHERE a.TrsDate=? "
+                   "group by a.StaffCode,b.staffname order by a.StaffCode"_s,
+                   {range.start});
         codeNameAmountBlock(out, q, u"[STAFF COMMISSION]"_s, running);
     }
 
@@ -176,19 +172,19 @@ QString memberBalances(const QSqlDatabase& db, const EodRequest& request) {
     ReportText out;
     header(out, request, u"Member Balances"_s, u"as at     : "_s + request.toText);
 
-    auto moved = db::exec(db,
-                          u"select CardNo,Name,sum(PValue) as TBal from Customize_Transaction "
-                          "WHERE TrsDate between ? and ? group by cardno,name order by CardNo"_s,
-                          {range.start, range.end});
+    db::Rows moved(db,
+                   u"select CardNo,Name,sum(PValue) as TBal from Customize_Transaction "
+                   "WHERE TrsDate between ? and ? group by cardno,name order by CardNo"_s,
+                   {range.start, range.end});
     codeNameAmountBlock(out, moved, u"[MEMBER BALANCES]"_s);
 
-    auto pending =
-        db::exec(db,
-                 u"select a.CardNo,b.membername,sum(a.FValue) as TBal from Customize_TopUp as a "
-                 "left outer join tloy_mt_member as b on b.membercode=a.cardno "
-                 "WHERE a.UpdateStatus=0 and (a.DateInput between ? and ?) "
-                 "group by a.cardno, b.membername order by a.CardNo"_s,
-                 {range.start, range.end});
+    db::Rows pending(
+        db,
+        u"select a.CardNo,b.membername,sum(a.FValue) as TBal from Customize_TopUp as a "
+        "left outer join tloy_mt_member as b on b.membercode=a.cardno "
+        "WHERE a.UpdateStatus=0 and (a.DateInput between ? and ?) "
+        "group by a.cardno, b.membername order by a.CardNo"_s,
+        {range.start, range.end});
     codeNameAmountBlock(out, pending, u"[PENDING TOPUP VALUE]"_s);
 
     out.line(EndLine);
@@ -202,29 +198,33 @@ QString pendingDetails(const QSqlDatabase& db, const EodRequest& request) {
 
     // One pass in card order instead of a statement per card: the same lines, at the cost of
     // the pending rows alone.
-    auto q = db::exec(db, u"select a.CardNo,b.MemberName,a.DateInput,a.RefTrsNo,a.BillNo,a.FValue "
-                          "from Customize_topup as a "
-                          "left outer join tloy_mt_member as b on b.membercode=a.cardno "
-                          "WHERE a.UpdateStatus=0 order by a.CardNo,a.DateInput"_s);
+    db::Rows q(db, u"select a.CardNo,b.MemberName,a.DateInput,a.RefTrsNo,a.BillNo,a.FValue "
+                   "from Customize_topup as a "
+                   "left outer join tloy_mt_member as b on b.membercode=a.cardno "
+                   "WHERE a.UpdateStatus=0 order by a.CardNo,a.DateInput"_s);
     const db::Dialect dialect = db::dialect(db);
-    QVariant card;
+    QString card;
+    bool cardNull = false;
     bool open = false;
     Currency running;
     while (q.next()) {
-        if (!open || !sameCard(dialect, card, q.value(0))) {
+        if (!open || !sameCard(dialect, cardNull, card, q.isNull(0), q.text(0))) {
             if (open)
                 closeBlock(out, running);
-            card = q.value(0);
+            card = q.text(0).toString();
+            cardNull = q.isNull(0);
             open = true;
-            out.line(u"["_s + card.toString() + u"-"_s + q.value(1).toString() + u"]"_s);
+            out.add(u"[").add(card).add(u"-").add(q.text(1)).add(u"]").end();
         }
-        const QVariant billNo = q.value(4);
-        const Currency value = db::readMoney(q.value(5));
-        out.line(u"Ref:"_s + q.value(3).toString());
-        out.line(dateText(q.value(2)) +
-                 (billNo.isNull() ? QString(20, u' ') : padColumn(billNo.toString(), 20)) +
-                 rightAmount(value));
-        out.line();
+        const Currency value = q.money(5);
+        out.add(u"Ref:").add(q.text(3)).end();
+        out.date(q, 2);
+        if (q.isNull(4))
+            out.blanks(20);
+        else
+            out.padded(q.text(4), 20);
+        out.amount(value).end();
+        out.end();
         running += value;
     }
     if (open)
@@ -241,34 +241,42 @@ QString staffCommission(const QSqlDatabase& db, const EodRequest& request) {
            u"Date      : "_s + request.fromText + u" to "_s + request.toText);
 
     // A till has a handful of staff: one statement for each is cheap and reads only their lines.
-    // The list is read whole first, as a connection serves one result at a time.
-    std::vector<std::pair<QString, QString>> staff;
+    // The list is read to its end first, since SQL Server runs one result at a time on a
+    // connection.
+    struct Staff {
+        QString code;
+        QString name;
+    };
+    std::vector<Staff> staff;
     {
-        auto list = db::exec(db,
-                             u"select a.StaffCode,b.StaffName,sum(a.PValue) as TBal "
-                             "from Customize_StaffComm as a "
-                             "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
-                             "WHERE a.TrsDate between ? and ? "
-                             "group by a.staffcode,b.staffname order by a.staffcode"_s,
-                             {range.start, range.end});
+        db::Rows list(db,
+                      u"select a.StaffCode,b.StaffName,sum(a.PValue) as TBal "
+                      "from Customize_StaffComm as a "
+                      "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
+                      "WHERE a.TrsDate between ? and ? "
+                      "group by a.staffcode,b.staffname order by a.staffcode"_s,
+                      {range.start, range.end});
         while (list.next())
-            staff.emplace_back(list.value(0).toString(), list.value(1).toString());
+            staff.push_back({list.text(0).toString(), list.text(1).toString()});
     }
-    for (const auto& [code, name] : staff) {
-        out.line(u"["_s + code + u"-"_s + name + u"]"_s);
-        auto lines = db::exec(db,
-                              u"select TrsDate,RefTrsNo,CardNo,Name,pValue "
-                              "from Customize_StaffComm WHERE StaffCode=? and "
-                              "TrsDate between ? and ? order by TrsDate"_s,
-                              {code, range.start, range.end});
+    for (const Staff& member : staff) {
+        out.add(u"[").add(member.code).add(u"-").add(member.name).add(u"]").end();
+        db::Rows lines(db,
+                       u"select TrsDate,RefTrsNo,CardNo,Name,pValue "
+                       "from Customize_StaffComm WHERE StaffCode=? and "
+                       "TrsDate between ? and ? order by TrsDate"_s,
+                       {member.code, range.start, range.end});
         Currency running;
         while (lines.next()) {
-            const Currency value = db::readMoney(lines.value(4));
-            out.line(u"Ref:"_s + lines.value(1).toString());
-            out.line(dateText(lines.value(0)) + u" "_s + padColumn(lines.value(2).toString(), 10) +
-                     lines.value(3).toString().left(20));
-            out.line(u"Earning : "_s + QString(20, u' ') + rightAmount(value));
-            out.line();
+            const Currency value = lines.money(4);
+            out.add(u"Ref:").add(lines.text(1)).end();
+            out.date(lines, 0)
+                .add(u" ")
+                .padded(lines.text(2), 10)
+                .add(lines.text(3).left(20))
+                .end();
+            out.add(u"Earning : ").blanks(20).amount(value).end();
+            out.end();
             running += value;
         }
         closeBlock(out, running);

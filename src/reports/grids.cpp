@@ -2,7 +2,9 @@
 
 #include "reports/reporttext.h"
 #include "shell/database.h"
+#include "shell/rows.h"
 #include "shell/text.h"
+#include "shell/textgrid.h"
 
 #include <QSqlError>
 
@@ -18,24 +20,26 @@ db::Statement memberLookup(const QString& typed) {
             {QString(typed + u'%')}};
 }
 
-QSqlQuery memberTransactions(const QSqlDatabase& db, const QString& cardNo, QDate from, QDate to) {
+void memberTransactions(TextGridModel& grid, const QSqlDatabase& db, const QString& cardNo,
+                        QDate from, QDate to) {
     // From one second past midnight: a line stamped at midnight of the from-date is left out,
     // as this report always did.
-    return db::scrollable(
-        db,
-        u"select ID,Billtype as [Type],TrsDate as [Date],BillNo as [Ref],"
-        "PValue as [Value], RefTrsNo as [TrsNo] from Customize_Transaction "
-        "where CardNo=? and TrsDate between ? and ? order by TrsDate"_s,
-        {cardNo, QDateTime(from, QTime(0, 0, 1)), QDateTime(to, QTime(23, 59, 59))});
+    db::Rows rows(db,
+                  u"select ID,Billtype as [Type],TrsDate as [Date],BillNo as [Ref],"
+                  "PValue as [Value], RefTrsNo as [TrsNo] from Customize_Transaction "
+                  "where CardNo=? and TrsDate between ? and ? order by TrsDate"_s,
+                  {cardNo, QDateTime(from, QTime(0, 0, 1)), QDateTime(to, QTime(23, 59, 59))});
+    grid.load(rows, {2}, {4}); // Date, Value
 }
 
-QSqlQuery logLines(const QSqlDatabase& db, QDate bizDate) {
-    return db::scrollable(db,
-                          u"Select a.ActualDate as 'Date',a.StaffCode as 'Staff',"
-                          "b.StaffName as 'Name',a.Description from customize_Log as a "
-                          "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
-                          "where a.bizDate=? order by a.ActualDate"_s,
-                          {bizDate.startOfDay()});
+void logLines(TextGridModel& grid, const QSqlDatabase& db, QDate bizDate) {
+    db::Rows rows(db,
+                  u"Select a.ActualDate as 'Date',a.StaffCode as 'Staff',"
+                  "b.StaffName as 'Name',a.Description from customize_Log as a "
+                  "left outer join tpay_mt_staff as b on b.staffcode=a.staffcode "
+                  "where a.bizDate=? order by a.ActualDate"_s,
+                  {bizDate.startOfDay()});
+    grid.load(rows, {0}, {}); // Date
 }
 
 } // namespace pondar::reports

@@ -2,9 +2,9 @@
 
 #include "reports/grids.h"
 #include "reports/widgets.h"
-#include "shell/gridmodel.h"
 #include "shell/messages.h"
 #include "shell/session.h"
+#include "shell/textgrid.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -25,7 +25,7 @@ LogForm::LogForm(SessionSettings& session, QWidget* parent)
     , Command2(button(u"Command2"_s, u"&Search"_s, this))
     , Command1(button(u"Command1"_s, u"&Close"_s, this))
     , DataGrid1(new QTableView(this))
-    , m_model(new GridModel(this)) {
+    , m_model(new TextGridModel(this)) {
     setObjectName(u"MFLOG"_s);
     setWindowTitle(u"Log"_s);
     Label1->setObjectName(u"Label1"_s);
@@ -57,7 +57,7 @@ void LogForm::search() {
             TD->setFocus();
             return;
         }
-        m_model->load(logLines(m_session.Conn, day), {0}, {});
+        logLines(*m_model, m_session.Conn, day);
         const int widths[] = {2400, 1500, 2500, 5500};
         for (int c = 0; c < 4; ++c)
             DataGrid1->setColumnWidth(c, twips(widths[c]));

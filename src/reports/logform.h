@@ -9,7 +9,7 @@ class QTableView;
 
 namespace pondar {
 
-class GridModel;
+class TextGridModel;
 
 struct SessionSettings;
 
@@ -30,7 +30,7 @@ private:
     QPushButton* Command2;
     QPushButton* Command1;
     QTableView* DataGrid1;
-    GridModel* m_model;
+    TextGridModel* m_model;
 };
 
 } // namespace reports

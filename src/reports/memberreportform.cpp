@@ -3,10 +3,10 @@
 #include "reports/grids.h"
 #include "reports/slip.h"
 #include "reports/widgets.h"
-#include "shell/gridmodel.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"
+#include "shell/textgrid.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -45,7 +45,7 @@ MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
     , CBUT5(button(u"CBUT(5)"_s, u"&Print"_s, this))
     , STab(new QTabWidget(this))
     , MData(new QTableView(this))
-    , m_model(new GridModel(this)) {
+    , m_model(new TextGridModel(this)) {
     setObjectName(u"MRPT"_s);
     setWindowTitle(u"Report"_s);
     Label1->setObjectName(u"Label1"_s);
@@ -127,7 +127,7 @@ void MemberReportForm::search() {
         }
 
         CBUT5->setEnabled(false);
-        m_model->load(memberTransactions(m_session.Conn, TXT->text(), from, to), {Date}, {Value});
+        memberTransactions(*m_model, m_session.Conn, TXT->text(), from, to);
         MData->setColumnHidden(Id, true);
         const int widths[] = {0, 1000, 2500, 1500, 1500, 3500};
         for (int c = Type; c <= TrsNo; ++c)

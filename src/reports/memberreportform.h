@@ -10,7 +10,7 @@ class QTableView;
 
 namespace pondar {
 
-class GridModel;
+class TextGridModel;
 
 struct SessionSettings;
 
@@ -42,7 +42,7 @@ private:
     QPushButton* CBUT5;
     QTabWidget* STab;
     QTableView* MData;
-    GridModel* m_model;
+    TextGridModel* m_model;
 };
 
 } // namespace reports

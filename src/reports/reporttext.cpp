@@ -1,9 +1,11 @@
 #include "reports/reporttext.h"
 
 #include "shell/database.h"
-#include "shell/text.h"
+#include "shell/rows.h"
 
 #include <pondar/error.h>
+
+#include <algorithm>
 
 #include <QDate>
 #include <QStringView>
@@ -13,8 +15,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace pondar::reports {
 
 void ReportText::line(const QString& text) {
-    // A name or remark must not reach the printer as a command (ESC, GS) or an extra line.
-    m_text += withoutControls(text);
+    add(text);
     m_text += u"\r\n"_s;
 }
 
@@ -26,11 +27,85 @@ void ReportText::totalLine(Currency total) {
     line(u"Total :   "_s + QString(20, u' ') + rightAmount(total));
 }
 
-QString fill(int width, qsizetype used, const QString& what) {
+namespace {
+
+void checkFits(int width, qsizetype used, QStringView what) {
     if (used > width)
-        throw Error(u"The report cannot be finished: \""_s + what + u"\" does not fit in "_s +
-                    QString::number(width) + u" columns."_s);
+        throw Error(u"The report cannot be finished: \""_s + what.toString() +
+                    u"\" does not fit in "_s + QString::number(width) + u" columns."_s);
+}
+
+} // namespace
+
+QString fill(int width, qsizetype used, const QString& what) {
+    checkFits(width, used, what);
     return QString(width - used, u' ');
+}
+
+ReportText& ReportText::add(QStringView text) {
+    // A name or remark must not reach the printer as a command (ESC, GS) or an extra line.
+    const auto isControl = [](QChar c) { return c.unicode() < 32 || c.unicode() == 127; };
+    if (std::none_of(text.begin(), text.end(), isControl)) {
+        m_text.append(text);
+        return *this;
+    }
+    for (const QChar c : text) {
+        if (!isControl(c))
+            m_text.append(c);
+    }
+    return *this;
+}
+
+ReportText& ReportText::blanks(qsizetype count) {
+    m_text.resize(m_text.size() + count, u' ');
+    return *this;
+}
+
+ReportText& ReportText::amount(Currency amount, int width) {
+    // Currency::format() written into a buffer on the stack: one amount per printed row.
+    const std::int64_t units = amount.units();
+    const std::uint64_t mag =
+        units < 0 ? std::uint64_t(0) - std::uint64_t(units) : std::uint64_t(units);
+    std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
+    const bool negative = units < 0 && cents != 0;
+    char16_t buffer[24];
+    char16_t* const end = buffer + 24;
+    char16_t* p = end;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = u'.';
+    do {
+        *--p = char16_t(u'0' + cents % 10);
+        cents /= 10;
+    } while (cents != 0);
+    if (negative)
+        *--p = u'-';
+    const QStringView text(p, end - p);
+    checkFits(width, text.size(), text);
+    return blanks(width - text.size()).add(text);
+}
+
+ReportText& ReportText::code(QStringView code, int width) {
+    const QStringView trimmed = code.trimmed();
+    checkFits(width, trimmed.size(), trimmed);
+    return add(trimmed).blanks(width - trimmed.size());
+}
+
+ReportText& ReportText::name(QStringView name, int width) {
+    const QStringView trimmed = name.trimmed();
+    checkFits(width, trimmed.size(), trimmed);
+    return add(name.left(width)).blanks(width - trimmed.size());
+}
+
+ReportText& ReportText::padded(QStringView text, int width) {
+    const QStringView cut = text.left(width);
+    return add(cut).blanks(width - cut.size());
+}
+
+void ReportText::end() {
+    m_text.append(u"\r\n");
 }
 
 QString rightAmount(Currency amount, int width) {
@@ -87,6 +162,31 @@ Stamp isoStamp(QStringView t) {
     return {day, QTime(digits(t, 11, 2), digits(t, 14, 2), digits(t, 17, 2))};
 }
 
+// Whether isoStamp() reads the text as a valid stamp with a four-digit year, checked without
+// building a QDate and a QTime: the proleptic Gregorian calendar that QDate uses.
+bool plainIsoStamp(QStringView t) {
+    if (t.size() < 10 || t[4] != u'-' || t[7] != u'-')
+        return false;
+    const int year = digits(t, 0, 4);
+    const int month = digits(t, 5, 2);
+    const int day = digits(t, 8, 2);
+    if (year < 1 || month < 1 || month > 12 || day < 1)
+        return false;
+    static constexpr int Days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    if (day > Days[month - 1] + (month == 2 && leap ? 1 : 0))
+        return false;
+    if (t.size() == 10)
+        return true;
+    if (t.size() < 19 || (t[10] != u' ' && t[10] != u'T') || t[13] != u':' || t[16] != u':' ||
+        (t.size() > 19 && t[19] != u'.'))
+        return false;
+    const int hour = digits(t, 11, 2);
+    const int minute = digits(t, 14, 2);
+    const int second = digits(t, 17, 2);
+    return hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60;
+}
+
 Stamp stampOf(const QVariant& value) {
     if (value.isNull())
         return {};
@@ -122,6 +222,17 @@ QDateTime dbDateTime(const QVariant& value) {
 QString dateText(const QVariant& value) {
     const Stamp stamp = stampOf(value);
     return stamp.valid() ? dayText(stamp.day) : value.toString();
+}
+
+ReportText& ReportText::date(const db::Rows& rows, int column) {
+    if (rows.native() && !rows.isNull(column)) {
+        // A stored ISO date gives the printed digits as they are. A year that is not four
+        // digits goes the long way, which prints it as the date it reads as.
+        const QStringView t = rows.text(column).trimmed();
+        if (plainIsoStamp(t))
+            return add(t.mid(8, 2)).add(u"/").add(t.mid(5, 2)).add(u"/").add(t.left(4));
+    }
+    return add(dateText(rows.value(column)));
 }
 
 QString dateTimeText(const QVariant& value) {

@@ -4,9 +4,16 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringView>
 #include <QVariant>
 
+namespace pondar::db {
+class Rows;
+}
+
 namespace pondar::reports {
+
+inline constexpr int AmountWidth = 10;
 
 // The 40-column slip and report text: CR LF line ends, rules of 40 hyphens.
 class ReportText final {
@@ -17,11 +24,22 @@ public:
     void totalLine(Currency total);
     const QString& text() const { return m_text; }
 
+    // A line written in place, piece by piece, for the reports that print lines per row: the
+    // same columns as the free functions below give, without a string per piece. end() closes
+    // the line.
+    ReportText& add(QStringView text);
+    ReportText& blanks(qsizetype count);
+    ReportText& amount(Currency amount, int width = AmountWidth);
+    ReportText& code(QStringView code, int width = 10);
+    ReportText& name(QStringView name, int width = 20);
+    ReportText& padded(QStringView text, int width);
+    // A date column as dateText() prints it.
+    ReportText& date(const db::Rows& rows, int column);
+    void end();
+
 private:
     QString m_text;
 };
-
-inline constexpr int AmountWidth = 10;
 
 // The blanks that fill a column of `width` after (or before) `used` characters. A column
 // that cannot hold its text is an error: the printed report would be misaligned, so it is not

@@ -230,7 +230,13 @@ Currency Currency::fromDouble(double value) {
         overflow(QString::number(value));
     const Binary v = binary(value);
     const Exact scaled{v.negative, UInt128(v.mantissa) * UInt128(Scale), v.exp2};
-    return fromExact(scaled, 1, Rounding::HalfEven, QString::number(value, 'g', 17));
+    // The message is built only for a value out of range: reports read thousands of amounts
+    // through here.
+    try {
+        return fromExact(scaled, 1, Rounding::HalfEven, QString());
+    } catch (const CurrencyError&) {
+        overflow(QString::number(value, 'g', 17));
+    }
 }
 
 double Currency::toDouble() const {
@@ -238,11 +244,25 @@ double Currency::toDouble() const {
 }
 
 QString Currency::format() const {
+    // Written back to front into one buffer: reports format an amount per printed line.
     const std::uint64_t mag = magnitude(m_units);
-    const std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
-    QString out =
-        QString::number(cents / 100) + u'.' + QString::number(cents % 100).rightJustified(2, u'0');
-    return (m_units < 0 && cents != 0) ? u'-' + out : out;
+    std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
+    const bool negative = m_units < 0 && cents != 0;
+    char16_t buffer[24];
+    char16_t* end = buffer + sizeof buffer / sizeof buffer[0];
+    char16_t* p = end;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = char16_t(u'0' + cents % 10);
+    cents /= 10;
+    *--p = u'.';
+    do {
+        *--p = char16_t(u'0' + cents % 10);
+        cents /= 10;
+    } while (cents != 0);
+    if (negative)
+        *--p = u'-';
+    return QString(reinterpret_cast<const QChar*>(p), end - p);
 }
 
 QString Currency::toShortString() const {

@@ -116,7 +116,7 @@ void requireOpen(const QSqlDatabase& db) {
 
 namespace {
 
-// How many Rows of a connection are open, kept on its driver object, which lives exactly as long
+// How many Result of a connection are open, kept on its driver object, which lives exactly as long
 // as the connection.
 const char* const OpenResults = "pondarOpenResults";
 
@@ -161,7 +161,7 @@ QSqlQuery run(const QSqlDatabase& db, const QString& sql, const QVariantList& va
 
 } // namespace
 
-Rows::Rows(QSqlQuery query, QSqlDriver* driver)
+Result::Result(QSqlQuery query, QSqlDriver* driver)
     : QSqlQuery(std::move(query)) {
     if (isSelect() && isActive()) {
         m_busy = driver;
@@ -169,11 +169,11 @@ Rows::Rows(QSqlQuery query, QSqlDriver* driver)
     }
 }
 
-Rows::Rows(Rows&& other) noexcept
+Result::Result(Result&& other) noexcept
     : QSqlQuery(std::move(static_cast<QSqlQuery&>(other)))
     , m_busy(std::exchange(other.m_busy, nullptr)) {}
 
-Rows& Rows::operator=(Rows&& other) noexcept {
+Result& Result::operator=(Result&& other) noexcept {
     if (this != &other) {
         release();
         static_cast<QSqlQuery&>(*this) = std::move(static_cast<QSqlQuery&>(other));
@@ -182,30 +182,30 @@ Rows& Rows::operator=(Rows&& other) noexcept {
     return *this;
 }
 
-Rows::~Rows() {
+Result::~Result() {
     release();
 }
 
-bool Rows::next() {
+bool Result::next() {
     if (QSqlQuery::next())
         return true;
     release();
     return false;
 }
 
-void Rows::close() {
+void Result::close() {
     release();
     finish();
 }
 
-void Rows::release() {
+void Result::release() {
     if (m_busy)
         countOpen(m_busy, -1);
     m_busy = nullptr;
 }
 
-Rows exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
-    return Rows(run(db, sql, values, true), db.driver());
+Result exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {
+    return Result(run(db, sql, values, true), db.driver());
 }
 
 QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values) {

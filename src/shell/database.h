@@ -35,17 +35,17 @@ Dialect dialect(const QSqlDatabase& db);
 void requireOpen(const QSqlDatabase& db);
 
 // The rows of a forward-only statement. SQL Server without MARS serves one result at a time: a
-// result not read to its end keeps the connection busy. So while a Rows is alive and has rows
+// result not read to its end keeps the connection busy. So while a Result is alive and has rows
 // left, the connection counts as busy here too, on every engine, and the next statement on it
 // throws DatabaseError; take what you need, then let it go (or read past the end). Move-only.
-class Rows final : private QSqlQuery {
+class Result final : private QSqlQuery {
 public:
-    Rows(QSqlQuery query, QSqlDriver* driver);
-    Rows(Rows&& other) noexcept;
-    Rows& operator=(Rows&& other) noexcept;
-    Rows(const Rows&) = delete;
-    Rows& operator=(const Rows&) = delete;
-    ~Rows();
+    Result(QSqlQuery query, QSqlDriver* driver);
+    Result(Result&& other) noexcept;
+    Result& operator=(Result&& other) noexcept;
+    Result(const Result&) = delete;
+    Result& operator=(const Result&) = delete;
+    ~Result();
 
     // The next row; false past the last one, which also frees the connection.
     bool next();
@@ -65,8 +65,8 @@ private:
 
 // Prepares the statement on the given connection, binds the values in order to its "?"
 // placeholders (through bindValue) and runs it forward-only. Throws DatabaseError with the
-// driver's text, and when a Rows of the connection is still open.
-Rows exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
+// driver's text, and when a Result of the connection is still open.
+Result exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
 // The same, scrollable, for a QSqlQueryModel, which seeks back; rows still arrive only as the
 // model asks for them.
 QSqlQuery scrollable(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});

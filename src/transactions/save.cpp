@@ -283,12 +283,13 @@ SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& 
     // Without a member read by Connect there is no balance to build on.
     if (!card.memberFound)
         return stopped(Status::Refused, NotAMember);
-    if (std::optional<SaveOutcome> refused = cardRefused(card))
-        return *refused;
     card::MemberCard::checkBalanceFits(decision.plan->newValue);
-    // Asked before the database is held: no till waits on an operator's answer.
+    // Asked before the database is held, so no till waits on an operator's answer, and before
+    // the card is looked at, so no card can be swapped between that look and the write.
     if (!m_prompts.ask(card::valueQuestion(decision.plan->billType, decision.plan->writeValue)))
         return stopped(Status::NotWritten, WriteFailed);
+    if (std::optional<SaveOutcome> refused = cardRefused(card))
+        return *refused;
 
     const QSqlDatabase& db = m_session.Conn;
     const Currency balance = Currency::parse(boxes.balance);

@@ -76,8 +76,8 @@ struct CardLedgerCheck {
 // The Save of the transaction screen, card first and database second:
 //  1. the mode's planner checks the amounts (a refusal touches nothing);
 //  2. Connect must have found an active member;
-//  3. the card on the reader must be the one read, still holding the balance shown;
-//  4. the value question;
+//  3. the value question;
+//  4. the card on the reader must be the one read, still holding the balance shown;
 //  5. one database transaction: the card's balance must match its ledger balance, the pending
 //     top-ups are read again (their sum goes onto the card), the posting is recorded in the
 //     journal, the card is written, the lines are posted, and all of it commits together;

@@ -91,9 +91,10 @@ private Q_SLOTS:
         row("answered No", Withdraw, {u"8=10"_s, u"confirm=no"_s}, Status::NotWritten, {},
             {out.arg(u"10.00"_s), notWritten});
         row("card taken away", Withdraw, {u"8=10"_s, u"card=take"_s}, Status::NotWritten, {},
-            {notWritten});
+            {out.arg(u"10.00"_s), notWritten});
         row("another card", Withdraw, {u"8=10"_s, u"card=swap"_s}, Status::NotWritten, {},
-            {u"Message: Card on the reader is not the card read, press Connect again !!!"_s});
+            {out.arg(u"10.00"_s),
+             u"Message: Card on the reader is not the card read, press Connect again !!!"_s});
         row("card refuses the write", TopUp, {u"4=10"_s, u"card=locked"_s}, Status::NotWritten, {},
             {add.arg(u"10.00"_s), notWritten});
     }

@@ -1,0 +1,110 @@
+#include "reports/reporttext.h"
+#include "shell/database.h"
+#include "shell/rows.h"
+#include "shell/textgrid.h"
+#include "support/fixtures.h"
+
+#include <QSqlQuery>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace pondar;
+
+// The row reader that reports use gives what the Qt driver gives: the same text, money, nulls
+// and printed dates, whichever way it reads them.
+class TestRows final : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        f = new test::Fixture;
+        db::exec(f->db(), u"CREATE TABLE t (id INTEGER, v)"_s);
+        const QVariantList values = {u"CARD 1"_s,
+                                     u" padded  "_s,
+                                     u"Ünïcödé ☕"_s,
+                                     QVariant(),
+                                     qint64(7),
+                                     0.1,
+                                     150.5,
+                                     u"12.34567"_s,
+                                     u"2024-03-01 00:00:00"_s,
+                                     u"2024-02-30 00:00:00"_s,
+                                     u"20a4-03-01"_s,
+                                     u"0999-01-01 10:00:00"_s,
+                                     u"2024-03-01T08:00:00.5"_s,
+                                     u" 2024-03-01 "_s,
+                                     u"2024-03-01 24:00:00"_s,
+                                     u"garbage"_s,
+                                     u""_s};
+        for (int i = 0; i < values.size(); ++i)
+            db::exec(f->db(), u"INSERT INTO t (id, v) VALUES (?, ?)"_s, {i, values.at(i)});
+    }
+    void cleanupTestCase() { delete f; }
+
+    void everyValueReadsAsTheDriverReadsIt() {
+        // The driver's reading first, to its end: a connection serves one result at a time.
+        QVariantList driver;
+        for (auto q = db::exec(f->db(), u"SELECT id, v FROM t ORDER BY id"_s); q.next();)
+            driver.append(q.value(1));
+        db::Rows rows(f->db(), u"SELECT id, v FROM t ORDER BY id"_s);
+        int n = 0;
+        for (const QVariant& value : std::as_const(driver)) {
+            QVERIFY(rows.next());
+            const QString what = value.toString();
+            QCOMPARE(rows.isNull(1), value.isNull());
+            QCOMPARE(rows.text(1).toString(), what);
+            QCOMPARE(rows.value(1).isNull(), value.isNull());
+            QCOMPARE(rows.value(1).toString(), what);
+            QCOMPARE(rows.money(1), db::readMoney(value));
+            reports::ReportText viaRows;
+            viaRows.date(rows, 1);
+            QVERIFY2(viaRows.text() == reports::dateText(value), qPrintable(what));
+            ++n;
+        }
+        QVERIFY(!rows.next());
+        QVERIFY(!rows.next()); // stays at the end
+        QCOMPARE(n, 17);
+    }
+
+    // The grid shows each value as the driver's own text, a null as nothing, money as "#0.00".
+    void aGridShowsWhatTheRowsHold() {
+        TextGridModel grid;
+        db::Rows rows(f->db(),
+                      u"SELECT id as [Row], v as [Value], v as [Money] FROM t ORDER BY id"_s);
+        grid.load(rows, {}, {2});
+        QCOMPARE(grid.headerData(1, Qt::Horizontal).toString(), u"Value"_s);
+        auto q = db::exec(f->db(), u"SELECT id, v FROM t ORDER BY id"_s);
+        int row = 0;
+        while (q.next()) {
+            const QVariant shown = grid.index(row, 1).data();
+            QCOMPARE(shown.isNull(), q.isNull(1));
+            QCOMPARE(shown.toString(), q.value(1).toString());
+            QCOMPARE(grid.index(row, 0).data().toString(), q.value(0).toString());
+            if (!q.isNull(1))
+                QCOMPARE(grid.index(row, 2).data().toString(), db::readMoney(q.value(1)).format());
+            ++row;
+        }
+        QCOMPARE(grid.rowCount(), row);
+    }
+
+    void boundDatesFindTheRowsTheyName() {
+        db::Rows rows(f->db(), u"SELECT id FROM t WHERE v between ? and ?"_s,
+                      {QDateTime(QDate(2024, 3, 1), QTime(0, 0)),
+                       QDateTime(QDate(2024, 3, 1), QTime(23, 59, 59))});
+        QStringList ids;
+        while (rows.next())
+            ids.append(rows.text(0).toString());
+        // Stored text compares as text: a padded or "T" form is not that day.
+        QCOMPARE(ids, QStringList({u"8"_s}));
+    }
+
+    void aBadStatementIsAnError() {
+        QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::Rows(f->db(), u"SELECT nothing FROM t"_s));
+    }
+
+private:
+    test::Fixture* f = nullptr;
+};
+
+QTEST_GUILESS_MAIN(TestRows)
+#include "tst_rows.moc"
