@@ -251,8 +251,7 @@ std::vector<FloorCase> eodCases(const QSqlDatabase& db, const QString& label, QD
                               "WHERE a.TrsDate between ? and ? "
                               "group by a.staffcode,b.staffname order by a.staffcode"_s;
     std::vector<bench::Statement> commission{{staffList, {start, end}}};
-    auto staff =
-        db::exec(db, staffList, {from.startOfDay(), QDateTime(to, QTime(23, 59, 59))});
+    auto staff = db::exec(db, staffList, {from.startOfDay(), QDateTime(to, QTime(23, 59, 59))});
     QStringList codes;
     while (staff.next())
         codes.append(staff.value(0).toString());
@@ -313,7 +312,7 @@ std::vector<FloorCase> gridCases(const QSqlDatabase& db, const QString& card, QD
 // The card that has the most lines: the member report at its largest.
 QString busiestCard(const QSqlDatabase& db) {
     auto q = db::exec(db, u"select CardNo from Customize_Transaction group by CardNo "
-                               "order by count(*) desc limit 1"_s);
+                          "order by count(*) desc limit 1"_s);
     return q.next() ? q.value(0).toString() : bench::cardOf(0);
 }
 
