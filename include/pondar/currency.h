@@ -39,6 +39,11 @@ public:
     double toDouble() const;
 
     QString format() const;
+    // format()'s text written back to front, ending just before `end`, in a buffer of at least
+    // FormatSize places the caller owns; returns where the text starts. For a report that
+    // formats an amount per printed line without a string per amount.
+    static constexpr int FormatSize = 24;
+    char16_t* formatBackwards(char16_t* end) const;
     QString toShortString() const;
 
     // This value times rate / 100, rounded half to even: extra values, commissions, credits.

@@ -62,27 +62,11 @@ ReportText& ReportText::blanks(qsizetype count) {
 }
 
 ReportText& ReportText::amount(Currency amount, int width) {
-    // Currency::format() written into a buffer on the stack: one amount per printed row.
-    const std::int64_t units = amount.units();
-    const std::uint64_t mag =
-        units < 0 ? std::uint64_t(0) - std::uint64_t(units) : std::uint64_t(units);
-    std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
-    const bool negative = units < 0 && cents != 0;
-    char16_t buffer[24];
-    char16_t* const end = buffer + 24;
-    char16_t* p = end;
-    *--p = char16_t(u'0' + cents % 10);
-    cents /= 10;
-    *--p = char16_t(u'0' + cents % 10);
-    cents /= 10;
-    *--p = u'.';
-    do {
-        *--p = char16_t(u'0' + cents % 10);
-        cents /= 10;
-    } while (cents != 0);
-    if (negative)
-        *--p = u'-';
-    const QStringView text(p, end - p);
+    // Formatted on the stack: one amount per printed row.
+    char16_t buffer[Currency::FormatSize];
+    char16_t* const end = buffer + Currency::FormatSize;
+    const char16_t* const start = amount.formatBackwards(end);
+    const QStringView text(start, end - start);
     checkFits(width, text.size(), text);
     return blanks(width - text.size()).add(text);
 }

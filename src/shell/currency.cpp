@@ -244,12 +244,16 @@ double Currency::toDouble() const {
 }
 
 QString Currency::format() const {
-    // Written back to front into one buffer: reports format an amount per printed line.
+    char16_t buffer[FormatSize];
+    char16_t* const end = buffer + FormatSize;
+    const char16_t* const start = formatBackwards(end);
+    return QString(reinterpret_cast<const QChar*>(start), end - start);
+}
+
+char16_t* Currency::formatBackwards(char16_t* end) const {
     const std::uint64_t mag = magnitude(m_units);
     std::uint64_t cents = mag / 100 + (mag % 100 >= 50 ? 1 : 0);
     const bool negative = m_units < 0 && cents != 0;
-    char16_t buffer[24];
-    char16_t* end = buffer + sizeof buffer / sizeof buffer[0];
     char16_t* p = end;
     *--p = char16_t(u'0' + cents % 10);
     cents /= 10;
@@ -262,7 +266,7 @@ QString Currency::format() const {
     } while (cents != 0);
     if (negative)
         *--p = u'-';
-    return QString(reinterpret_cast<const QChar*>(p), end - p);
+    return p;
 }
 
 QString Currency::toShortString() const {
