@@ -113,6 +113,13 @@ SaveDecision planAdjustment(const TransactionBoxes& b) {
     });
 }
 
+SaveDecision withinCeiling(SaveDecision decision, Currency maxBalance, int focus) {
+    if (!decision.plan || maxBalance <= Currency() || !addsValue(decision.plan->billType) ||
+        decision.plan->newValue <= maxBalance)
+        return decision;
+    return refuse(u"Balance Limit Exceeded !!!"_s, u"Message"_s, focus);
+}
+
 QString extraValueText(const QString& topUpText, double memberComm) {
     if (memberComm == 0.0)
         return u"0.00"_s;

@@ -96,8 +96,10 @@ private Q_SLOTS:
         QCOMPARE(till.f.rows(u"SELECT StaffCode,TopupValue,PValue,RefTrsNo,TrsDate,CardNo,Name "
                              "FROM Customize_StaffComm"_s),
                  u"S01|100|2|"_s + ref + u"|2026-11-15 00:00:00|000123|Max"_s);
-        QCOMPARE(till.f.rows(u"SELECT Description FROM Customize_Log"_s),
-                 u"Writing Topup Value :120.00 to CardNo : 000123/Max"_s);
+        // A card issued before cards were registered is registered at its first Connect.
+        QCOMPARE(till.f.rows(u"SELECT Description FROM Customize_Log ORDER BY ID"_s),
+                 u"Card Registered : CardNo : 000123 Serial : V11223344S\n"
+                 "Writing Topup Value :120.00 to CardNo : 000123/Max"_s);
         QCOMPARE(test::readFile(till.f.iniPath()),
                  "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n"
                  "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=000123\r\nCardName=Max\r\nOldValue=20\r\n"
