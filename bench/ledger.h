@@ -25,6 +25,8 @@ QDate firstDay();
 // Card number and name of member n (0-based), as the generator writes them.
 QString cardOf(int n);
 QString nameOf(int n);
+// The serial of member n's registered card, as Connect reads it.
+QString serialOf(int n);
 
 // Fills the component's tables and the host's member and staff tables, which must exist and be
 // empty, with a deterministic ledger: lines are spread evenly over the days and stamped the
