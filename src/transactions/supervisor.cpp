@@ -11,6 +11,8 @@
 
 #include <pondar/error.h>
 
+#include <QDir>
+#include <QFile>
 #include <QList>
 
 #include <exception>
@@ -247,6 +249,24 @@ QString postVoid(SessionSettings& session, const QString& cardNo, const LedgerLi
     return told;
 }
 
+// Adds the void the card took but the database did not to the recovery file, the trail of every
+// write that did not post at once; says where it went, or that it could not.
+QString recordUnpostedVoid(const SessionSettings& session, const QStringList& lines) noexcept {
+    try {
+        const QString path = recoveryFilePath(session.IniPath);
+        QFile file(path);
+        const QByteArray block =
+            (isoDateTime(session.now()) + u' ' + lines.join(u"\r\n"_s) + u"\r\n\r\n"_s).toUtf8();
+        if (file.open(QIODevice::WriteOnly | QIODevice::Append) &&
+            file.write(block) == block.size() && file.flush())
+            return u"These details were added to "_s + QDir::toNativeSeparators(path) + u'.';
+        return u"These details could not be added to "_s + QDir::toNativeSeparators(path) +
+               u" ("_s + file.errorString() + u"). Please note them down !!!"_s;
+    } catch (...) {
+        return u"Please note these details down !!!"_s;
+    }
+}
+
 QString errorText(const std::exception& e) {
     if (const auto* own = dynamic_cast<const Error*>(&e))
         return own->message();
@@ -433,12 +453,15 @@ SupervisorResult voidLastTransaction(SessionSettings& session, card::CardPrompts
         tx.commit();
     } catch (const std::exception& e) {
         tx.rollback();
-        return refused(
-            u"The Card was written but the void was not posted to the database !!!\n\nCard No : "_s +
-            data.code + u"\nRef No : "_s + line->ref + u"\nCard Bal. : "_s +
-            line->previous.format() + u"\nError : "_s + errorText(e) +
-            u"\n\nThe Card no longer matches the Database: at its next Connect the supervisor "
-            "puts them together again."_s);
+        const QStringList lines = {
+            u"The Card was written but the void was not posted to the database !!!"_s,
+            u"Card No : "_s + data.code + u" / "_s + line->name, u"Void of Ref No : "_s + line->ref,
+            u"Card Bal. : "_s + line->newValue.format() + u" to "_s + line->previous.format(),
+            u"Error : "_s + errorText(e).simplified()};
+        return refused(lines.join(u'\n') + u"\n\n"_s + recordUnpostedVoid(session, lines) +
+                       u"\n\nThe Card no longer matches the Database: at its next Connect the "
+                       "supervisor writes the Database balance back onto it, and the void can be "
+                       "made again."_s);
     }
     return {true, u"Transaction "_s + line->ref + u" Voided !!!\n\nCard Bal. : "_s +
                       line->previous.format() + told};

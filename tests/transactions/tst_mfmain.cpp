@@ -141,6 +141,25 @@ private Q_SLOTS:
         QCOMPARE(till.cardValue(), u"20"_s);
     }
 
+    // A blocked card shows nothing at Connect and so offers nothing to save.
+    void blockedCardRefusedAtConnect() {
+        Till till;
+        till.f.addMember(u"000123"_s, u"Max"_s);
+        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        db::exec(till.f.db(), u"INSERT INTO Customize_Card (CardNo,CardSerial,Status) "
+                              "VALUES ('000123','V11223344S','BLOCKED')"_s);
+        test::MessageBoxes boxes;
+        QStringList shown;
+        Screens screens([&](QWidget* w) {
+            press(w, 2);
+            shown << box(w, 0)->text() << box(w, 2)->text();
+            press(w, 0);
+        });
+        QVERIFY(!till.start(u"WITHDRAW"_s));
+        QCOMPARE(boxes.texts(), QStringList{u"Card Blocked !!! Please see the Supervisor"_s});
+        QCOMPARE(shown, (QStringList{QString(), QString()}));
+    }
+
     // The card took the new value, then the database failed: the operator is told, nothing is
     // offered twice, and the host hears true (the customer owes the value) with Posted "0".
     void databaseFailureAfterTheCardWrite() {

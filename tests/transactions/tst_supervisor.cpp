@@ -200,6 +200,26 @@ private Q_SLOTS:
             QCOMPARE(till.f.count(u"Customize_Log"_s), logged);
     }
 
+    // The card took the void and the database failed: told, on the recovery trail, nothing posted.
+    void voidNotPosted() {
+        Scene till;
+        till.topUp();
+        const QString before = till.lines();
+        ActingPrompts prompts;
+        prompts.onAsk = [&] {
+            db::exec(till.f.db(), u"ALTER TABLE Customize_Log RENAME TO Customize_Log_gone"_s);
+        };
+        const SupervisorResult result = voidLastTransaction(till.s, prompts);
+        QVERIFY(!result.done);
+        QVERIFY(result.message.startsWith(
+            u"The Card was written but the void was not posted to the database !!!\n"
+            "Card No : 000123 / Max\nVoid of Ref No : "_s));
+        QCOMPARE(till.cardValue(), u"20"_s);
+        QCOMPARE(till.lines(), before);
+        QVERIFY(test::readFile(recoveryFilePath(till.s.IniPath))
+                    .contains("Card Bal. : 135.00 to 20.00"));
+    }
+
     // Past the ceiling a top-up or adjustment in is refused before anything is asked; up to it,
     // and any withdrawal, goes through. The settings file gives the ceiling.
     void balanceCeiling() {
