@@ -39,6 +39,11 @@ CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const 
     const ReaderClosing closing(session, card);
     if (!card.openSelectLogin(card::MemberSector))
         return CardIssue::DeviceFailed;
+    // A lost or stolen card stays out of use; only the supervisor reuses one.
+    if (cardStatus(session.Conn, session.CardSerial) == CardStatus::Blocked) {
+        prompts.error(CardBlockedText, u"Message"_s);
+        return CardIssue::Declined;
+    }
     if (card.checkCard(card::MemberSector)) {
         const QString question = u"This Card contain Data !!! Continue overwrite ? "_s;
         // Another member's value goes with the card only on the supervisor's word.

@@ -270,6 +270,11 @@ private Q_SLOTS:
                  members::CardIssue::Written);
         QCOMPARE(till.cards(), u"000123|V11223344S|BLOCKED\n000200|V11223344S|ACTIVE"_s);
         QCOMPARE(cardStatus(till.s.Conn, till.s.CardSerial), CardStatus::Active);
+
+        QVERIFY(blockCard(till.s, u"000200"_s, {}).done);
+        QCOMPARE(members::issueCard(till.s, till.prompts, u"000200"_s, u"Nia"_s),
+                 members::CardIssue::Declined);
+        QCOMPARE(till.prompts.errors, QStringList{u"Message: "_s + CardBlockedText});
     }
 
     // The screen's main path: block by code, then the replacement onto the card on the reader,
