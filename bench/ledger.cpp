@@ -63,6 +63,10 @@ QString outletOf(int n) {
     return u"OUT%1"_s.arg(n + 1);
 }
 
+QString serialOf(int n) {
+    return u"V%1S"_s.arg(0x10000000 + n, 8, 16, QChar(u'0')).toUpper();
+}
+
 void generateLedger(const QSqlDatabase& db, const LedgerSize& size,
                     const std::function<void(const QString&)>& progress) {
     auto say = [&](const QString& text) {
@@ -162,6 +166,19 @@ void generateLedger(const QSqlDatabase& db, const LedgerSize& size,
                pending ? QVariant() : QVariant(isoDayStart(day.addDays(1))), pending ? 0 : 1,
                money(double(1 + pick(20)) / 2), u"T%1"_s.arg(i), u"P%1"_s.arg(i),
                pick(4) == 0 ? QVariant(u"BILL%1"_s.arg(i)) : QVariant()});
+    }
+
+    say(u"registered cards"_s);
+    // Every member's card is registered; one in a hundred was blocked and replaced.
+    Inserter registered(db, u"INSERT INTO Customize_Card (CardNo,CardSerial,Status,DateIssue,"
+                            "DateBlock,StaffCode,Remark) VALUES (?,?,?,?,?,?,?)"_s);
+    for (int n = 0; n < size.members; ++n) {
+        const QString issued = isoDayStart(firstDay().addDays(pick(size.days)));
+        if (n % 100 == 99)
+            registered({cardOf(n), serialOf(n + size.members), u"BLOCKED"_s, issued, issued,
+                        staffOf(0), u"lost"_s});
+        registered(
+            {cardOf(n), serialOf(n), u"ACTIVE"_s, issued, QVariant(), staffOf(0), QVariant()});
     }
 
     if (!conn.commit())

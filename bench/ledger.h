@@ -27,6 +27,8 @@ QDate firstDay();
 // Card number and name of member n (0-based), as the generator writes them.
 QString cardOf(int n);
 QString nameOf(int n);
+// The serial of member n's registered card, as Connect reads it.
+QString serialOf(int n);
 
 // Outlet n (0-based) of a generated ledger: "OUT1", "OUT2", ...
 QString outletOf(int n);

@@ -27,6 +27,7 @@
 #include "transactions/journal.h"
 #include "transactions/ledger.h"
 #include "transactions/save.h"
+#include "transactions/supervisor.h"
 
 #include <pondar/error.h>
 
@@ -585,6 +586,9 @@ int main(int argc, char** argv) {
         int member = 0;
         timeIt(u"connect look-ups (introducer, pending total)"_s, n,
                [&] { return qint64(LoadMemberExtras(db, bench::cardOf(++member)).found); });
+        timeIt(u"connect card registry look-up"_s, n, [&] {
+            return qint64(cardStatus(db, bench::serialOf(member)) == CardStatus::Active);
+        });
         timeIt(u"Save, top-up settling pending, statements"_s, n,
                [&] { return save(TransactionMode::TopUp, true); });
         timeIt(u"Save, withdrawal, statements"_s, n,

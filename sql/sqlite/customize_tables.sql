@@ -64,3 +64,18 @@ CREATE TABLE IF NOT EXISTS Customize_Log (
     Description VARCHAR(300)
 );
 CREATE INDEX IF NOT EXISTS IX_Customize_Log_BizDate ON Customize_Log (BizDate, ActualDate);
+
+-- Every card written for a member, one row per issue; a card's status is its latest row.
+CREATE TABLE IF NOT EXISTS Customize_Card (
+    ID         INTEGER PRIMARY KEY AUTOINCREMENT,
+    CardNo     VARCHAR(20) COLLATE NOCASE,
+    CardSerial VARCHAR(40) COLLATE NOCASE,
+    Status     VARCHAR(10) COLLATE NOCASE,
+    DateIssue  DATETIME,
+    DateBlock  DATETIME,
+    StaffCode  VARCHAR(10) COLLATE NOCASE,
+    Remark     VARCHAR(255)
+);
+-- A card at Connect (by serial, latest first); a member's cards by status.
+CREATE INDEX IF NOT EXISTS IX_Customize_Card_Serial ON Customize_Card (CardSerial, ID);
+CREATE INDEX IF NOT EXISTS IX_Customize_Card_Member ON Customize_Card (CardNo, Status);

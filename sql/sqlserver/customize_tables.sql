@@ -63,3 +63,18 @@ CREATE TABLE Customize_Log (
     Description VARCHAR(300)
 );
 CREATE INDEX IX_Customize_Log_BizDate ON Customize_Log (BizDate, ActualDate);
+
+-- Every card written for a member, one row per issue; a card's status is its latest row.
+CREATE TABLE Customize_Card (
+    ID         INT IDENTITY(1,1) PRIMARY KEY,
+    CardNo     VARCHAR(20),
+    CardSerial VARCHAR(40),
+    Status     VARCHAR(10),
+    DateIssue  DATETIME,
+    DateBlock  DATETIME,
+    StaffCode  VARCHAR(10),
+    Remark     VARCHAR(255)
+);
+-- A card at Connect (by serial, latest first); a member's cards by status.
+CREATE INDEX IX_Customize_Card_Serial ON Customize_Card (CardSerial, ID);
+CREATE INDEX IX_Customize_Card_Member ON Customize_Card (CardNo, Status);

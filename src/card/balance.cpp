@@ -4,6 +4,7 @@
 #include "shell/database.h"
 #include "shell/session.h"
 #include "transactions/save.h"
+#include "transactions/supervisor.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -19,6 +20,10 @@ BalanceTexts pollBalance(SessionSettings& session) {
         return {};
     BalanceTexts texts;
     texts.cardNo = data.code;
+    if (cardStatus(session.Conn, session.CardSerial) == CardStatus::Blocked) {
+        texts.name = CardBlockedText;
+        return texts;
+    }
     texts.name = data.name;
     // A customer never sees value the ledger does not hold.
     if (result == ReadResult::Ok)

@@ -21,7 +21,8 @@ struct BalanceTexts {
 };
 
 // One look at the reader, silent whatever fails. A card whose balance cannot be read still
-// shows its number, name and pending top-ups.
+// shows its number, name and pending top-ups. A blocked card shows its number and, in the name
+// box, "Card Blocked !!! Please see the Supervisor"; nothing else.
 BalanceTexts pollBalance(SessionSettings& session);
 
 // The card's top-ups not yet written to it; 0 when there are none.

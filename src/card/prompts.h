@@ -13,6 +13,13 @@ public:
     virtual bool ask(const QString& question) = 0;
     // A critical box with an OK button.
     virtual void error(const QString& text, const QString& title) = 0;
+    // The question with particulars shown as the box's detail text.
+    virtual bool askWithDetail(const QString& question, const QString& detail) {
+        (void)detail;
+        return ask(question);
+    }
+    // The supervisor's password (MESC); with nobody to give it, refused.
+    virtual bool supervisorApproves() { return false; }
 };
 
 // Shows nothing and consents to nothing: a display that polls the reader must never stop on a

@@ -12,6 +12,8 @@ public:
     explicit WidgetPrompts(QWidget* parent);
     bool ask(const QString& question) override;
     void error(const QString& text, const QString& title) override;
+    bool askWithDetail(const QString& question, const QString& detail) override;
+    bool supervisorApproves() override;
 
 private:
     QWidget* m_parent;

@@ -1,7 +1,9 @@
 #include "members/cardissue.h"
 
 #include "card/membercard.h"
+#include "shell/activitylog.h"
 #include "shell/session.h"
+#include "transactions/supervisor.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -37,9 +39,26 @@ CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const 
     const ReaderClosing closing(session, card);
     if (!card.openSelectLogin(card::MemberSector))
         return CardIssue::DeviceFailed;
-    if (card.checkCard(card::MemberSector) &&
-        !prompts.ask(u"This Card contain Data !!! Continue overwrite ? "_s))
+    // A lost or stolen card stays out of use; only the supervisor reuses one.
+    if (cardStatus(session.Conn, session.CardSerial) == CardStatus::Blocked) {
+        prompts.error(CardBlockedText, u"Message"_s);
         return CardIssue::Declined;
+    }
+    if (card.checkCard(card::MemberSector)) {
+        const QString question = u"This Card contain Data !!! Continue overwrite ? "_s;
+        // Another member's value goes with the card only on the supervisor's word.
+        const auto holder = valueHolder(session, card.readField(card::MemberSector, 1), code);
+        if (!holder) {
+            if (!prompts.ask(question))
+                return CardIssue::Declined;
+        } else {
+            if (!prompts.askWithDetail(question, holder->detail()) || !prompts.supervisorApproves())
+                return CardIssue::Declined;
+            writeLog(session, u"Card of CardNo : "_s + holder->code + u'/' + holder->name +
+                                  u" Balance : "_s + holder->balance.format() +
+                                  u" overwritten for CardNo : "_s + code);
+        }
+    }
 
     // The writes' results are deliberately not looked at: the card is reported written once the
     // member sector has been opened.
@@ -50,6 +69,7 @@ CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const 
     // written; the value question decides whether 0 goes onto it.
     if (card.openSelectLogin(card::ValueSector))
         card.confirmAndWriteValue(BillType::In, Currency(), Currency());
+    registerCard(session, code, session.CardSerial);
     return CardIssue::Written;
 }
 

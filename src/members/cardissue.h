@@ -20,9 +20,11 @@ enum class CardIssue {
 };
 
 // Writes the member just saved onto the card on the session's reader: serial, code, name, then
-// the value 0 after its own question. Questions go through prompts; the caller reports
-// DeviceFailed and Written. A name is cut to what the card's block holds. Throws pondar::Error
-// for a card serial too long for its block.
+// the value 0 after its own question, and registers the card as the member's. A card carrying
+// another member whose ledger balance is not 0 is overwritten only on the supervisor's password,
+// its holder shown with the overwrite question; a blocked card is refused. Questions go through
+// prompts; the caller reports DeviceFailed and Written. A name is cut to what the card's block
+// holds. Throws pondar::Error for a card serial too long for its block.
 CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const QString& code,
                     const QString& name);
 

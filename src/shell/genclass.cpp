@@ -74,6 +74,11 @@ bool GenClass::StartApp(const QString& CStaffCode, const QString& bConnString,
         showLogViewer(s);
         return false;
     }
+    if (CAppType == u"SUPERVISOR"_s) {
+        if (askSupervisorPassword(s))
+            showSupervisor(s);
+        return false;
+    }
     if (CAppType == u"EOD"_s) {
         showEndOfDay(s);
         return false;

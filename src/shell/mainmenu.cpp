@@ -20,10 +20,11 @@ MAINMENU::MAINMENU(SessionSettings& session, QWidget* parent)
 
     // Shown top to bottom in the order a cashier uses them; indexes stay as the handlers know them.
     // The member transaction report has no button of its own on the till's menu; it sits last,
-    // after the eight the cashiers know, so their places do not move.
-    const std::array<QString, 9> captions = {
+    // after the eight the cashiers know, so their places do not move; the supervisor's tools
+    // follow it.
+    const std::array<QString, 10> captions = {
         u"Top up"_s, u"Withdraw"_s, u"Adjustment"_s, u"Check Balance"_s, u"Member Details"_s,
-        u"Close"_s,  u"Report"_s,   u"Log"_s,        u"Member Report"_s};
+        u"Close"_s,  u"Report"_s,   u"Log"_s,        u"Member Report"_s, u"Supervisor"_s};
     auto* frame = new QGroupBox(this);
     frame->setObjectName(u"Frame1"_s);
     auto* column = new QVBoxLayout(frame);
@@ -34,7 +35,7 @@ MAINMENU::MAINMENU(SessionSettings& session, QWidget* parent)
         CBUT[i]->setMinimumHeight(36);
         connect(CBUT[i], &QPushButton::clicked, this, [this, i] { clicked(i); });
     }
-    for (int i : {0, 1, 2, 3, 4, 6, 7, 8, 5})
+    for (int i : {0, 1, 2, 3, 4, 6, 7, 8, 9, 5})
         column->addWidget(CBUT[i]);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(frame);
@@ -71,6 +72,10 @@ void MAINMENU::clicked(int index) {
             break;
         case 8:
             showMemberReport(m_session, this);
+            break;
+        case 9:
+            if (askSupervisorPassword(m_session, this))
+                showSupervisor(m_session, this);
             break;
         default:
             break;

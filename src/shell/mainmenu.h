@@ -18,7 +18,7 @@ class MAINMENU final : public QDialog {
 public:
     explicit MAINMENU(SessionSettings& session, QWidget* parent = nullptr);
 
-    std::array<QPushButton*, 9> CBUT{};
+    std::array<QPushButton*, 10> CBUT{};
 
 private:
     void clicked(int index);

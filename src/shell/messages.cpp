@@ -11,9 +11,12 @@ namespace pondar {
 namespace {
 
 QMessageBox::StandardButton show(QWidget* parent, QMessageBox::Icon icon, const QString& title,
-                                 const QString& text, QMessageBox::StandardButtons buttons) {
+                                 const QString& text, QMessageBox::StandardButtons buttons,
+                                 const QString& detail = {}) {
     QMessageBox box(icon, title, text, buttons, parent);
     box.setObjectName(u"PondarMessage"_s);
+    if (!detail.isEmpty())
+        box.setDetailedText(detail);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
@@ -30,6 +33,11 @@ void showNotice(QWidget* parent, const QString& text, const QString& title) {
 bool askYesNo(QWidget* parent, const QString& question) {
     return show(parent, QMessageBox::Question, u"Question"_s, question,
                 QMessageBox::Yes | QMessageBox::No) != QMessageBox::No;
+}
+
+bool askYesNo(QWidget* parent, const QString& question, const QString& detail) {
+    return show(parent, QMessageBox::Question, u"Question"_s, question,
+                QMessageBox::Yes | QMessageBox::No, detail) != QMessageBox::No;
 }
 
 bool checkInput(QWidget* parent, const QString& text) {

@@ -18,6 +18,8 @@ void showNotice(QWidget* parent, const QString& text,
                 const QString& title = QStringLiteral("Message"));
 // Yes/No question with the question icon, titled "Question"; true unless the answer was No.
 bool askYesNo(QWidget* parent, const QString& question);
+// The same with particulars as the box's detail text.
+bool askYesNo(QWidget* parent, const QString& question, const QString& detail);
 
 // The input check with its message: false, after "Invalid Input Character !!!", for a code
 // holding a quote, a blank or a double quote.

@@ -49,6 +49,8 @@ void showMemberReport(SessionSettings& session, QWidget* parent = nullptr); // M
 void showLogViewer(SessionSettings& session, QWidget* parent = nullptr);    // MFLOG
 
 void showBalanceDisplay(SessionSettings& session, QWidget* parent = nullptr); // MFBAL
+// MSUP: the supervisor's card tools; the caller asks for the password first.
+void showSupervisor(SessionSettings& session, QWidget* parent = nullptr);
 // MESC: true when the supervisor password was given.
 bool askSupervisorPassword(SessionSettings& session, QWidget* parent = nullptr);
 

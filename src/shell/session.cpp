@@ -53,6 +53,14 @@ void loadSettings(SessionSettings& session) {
                     u"\" is not a date (dd/mm/yyyy or yyyy-mm-dd)."_s);
     // Only a site moving onto the component, whose old cards have no ledger lines, turns it off.
     session.LedgerCheck = ini.read(u"GeneralSetup"_s, u"LedgerCheck"_s).trimmed() != u"0"_s;
+    const QString max = ini.read(u"GeneralSetup"_s, u"MaxBalance"_s);
+    try {
+        session.MaxBalance = Currency::parse(max);
+    } catch (const CurrencyError&) {
+        badRate(ini, u"MaxBalance"_s, max, u"is out of range."_s);
+    }
+    if (session.MaxBalance < Currency())
+        badRate(ini, u"MaxBalance"_s, max, u"is not an amount of 0 or more."_s);
 }
 
 } // namespace pondar

@@ -35,6 +35,7 @@ struct SessionSettings {
     double DownComm = 0.0;
     Currency ServerComm;
     bool LedgerCheck = true; // "0" switches the card-vs-ledger check off
+    Currency MaxBalance;     // the most a card may hold; 0: no ceiling
 
     QSqlDatabase Conn;
     Currency AppValue; // the host's proposed amount; 0 in the main menu

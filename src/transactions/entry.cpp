@@ -1,5 +1,6 @@
 #include "shell/screens.h"
 #include "transactions/mfmain.h"
+#include "transactions/msup.h"
 
 namespace pondar {
 
@@ -8,6 +9,11 @@ bool runTransaction(SessionSettings& session, TransactionMode mode, const QStrin
     MFMAIN form(session, mode, staffCode, parent);
     form.exec();
     return form.transactionOk();
+}
+
+void showSupervisor(SessionSettings& session, QWidget* parent) {
+    MSUP screen(session, parent);
+    screen.exec();
 }
 
 } // namespace pondar

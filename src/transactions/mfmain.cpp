@@ -7,6 +7,7 @@
 #include "shell/session.h"
 #include "transactions/ledger.h"
 #include "transactions/save.h"
+#include "transactions/supervisor.h"
 
 #include <QFormLayout>
 #include <QGridLayout>
@@ -284,6 +285,17 @@ void MFMAIN::connectClicked() {
     if (const QStringList posted = settleOpenSaves(m_session, cardNo, balance); !posted.isEmpty()) {
         showNotice(this, replayMessage(posted));
         LoadMemberExtras(cardNo);
+    }
+    if (!admitCard(m_session, m_serialRead, cardNo, m_memberFound)) {
+        // A blocked card shows nothing and takes nothing.
+        m_serialRead.clear();
+        m_memberFound = false;
+        for (int i : {txt::CardNo, txt::Name, txt::Balance, txt::Pending})
+            TXT[i]->clear();
+        DownLineCode->clear();
+        CBUT[5]->setEnabled(false);
+        showError(this, CardBlockedText);
+        return;
     }
     refreshHistory();
     if (!m_memberFound) {

@@ -144,7 +144,8 @@ void PostTransaction(const QSqlDatabase& db, const Posting& p, QStringList* done
     const TransactionBoxes& b = p.boxes;
     const QVariant trsDate = bizDateValue(p.bzDate);
 
-    if (p.pending > Currency()) {
+    // A void's negative row can make the sum negative; it is settled all the same.
+    if (!p.pending.isZero()) {
         db::exec(db,
                  u"INSERT INTO Customize_Transaction "
                  "(TrsOutlet,RefTrsNo,CardNo,Name,TrsDate,TrsNo,Billtype,PValue) "

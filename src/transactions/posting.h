@@ -48,7 +48,7 @@ Posting makePosting(const SessionSettings& session, TransactionMode mode,
                     const QList<qint64>& pendingRows, Currency pending);
 
 // Posts a Save whose card write has succeeded, all on db, inside the caller's transaction:
-//  1. when pending > 0: a "PED" line of that amount, then exactly the pending rows the Save
+//  1. when pending is not 0: a "PED" line of that amount, then exactly the pending rows the Save
 //     read marked settled with DateUpdate = the Save's moment;
 //  2. the transaction line;
 //  3. in mode "TOPUP" only: the staff commission line, top-up x ServerComm / 100;

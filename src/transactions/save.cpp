@@ -7,6 +7,7 @@
 #include "shell/text.h"
 #include "transactions/handoff.h"
 #include "transactions/journal.h"
+#include "transactions/supervisor.h"
 
 #include <pondar/error.h>
 
@@ -80,14 +81,14 @@ SaveOutcome stopped(SaveOutcome::Status status, const QString& message,
     return out;
 }
 
-SaveDecision planFor(TransactionMode mode, const TransactionBoxes& boxes) {
+SaveDecision planFor(TransactionMode mode, const TransactionBoxes& boxes, Currency maxBalance) {
     switch (mode) {
     case TransactionMode::TopUp:
-        return planTopUp(boxes);
+        return withinCeiling(planTopUp(boxes), maxBalance, txt::TopUp);
     case TransactionMode::Withdraw:
         return planWithdraw(boxes);
     case TransactionMode::Adjustment:
-        return planAdjustment(boxes);
+        return withinCeiling(planAdjustment(boxes), maxBalance, txt::AdjustIn);
     case TransactionMode::Enquiry:
         break;
     }
@@ -275,7 +276,7 @@ void TransactionSave::reach(Step step) const {
 SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& boxes,
                                   const ConnectedCard& card) {
     using Status = SaveOutcome::Status;
-    const SaveDecision decision = planFor(mode, boxes);
+    const SaveDecision decision = planFor(mode, boxes, m_session.MaxBalance);
     if (!decision.plan) {
         const SaveRefusal& r = decision.refusal;
         return stopped(Status::Refused, r.text, r.title, r.focus);
@@ -303,11 +304,16 @@ SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& 
             tx->commit();
             return stopped(Status::Refused, check.message());
         }
+        // Blocked since Connect: the card is refused however the Save was reached.
+        if (cardStatus(db, card.serial) == CardStatus::Blocked) {
+            tx->commit();
+            return stopped(Status::Refused, CardBlockedText);
+        }
         // What is pending now goes onto the card, not what Connect showed.
         const PendingRows pending = pendingRows(db, boxes.cardNo);
         TransactionBoxes now = boxes;
         now.pending = pending.sum.format();
-        const SaveDecision again = planFor(mode, now);
+        const SaveDecision again = planFor(mode, now, m_session.MaxBalance);
         if (!again.plan)
             return stopped(Status::Refused, again.refusal.text, again.refusal.title,
                            again.refusal.focus);

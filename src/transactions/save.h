@@ -74,13 +74,15 @@ struct CardLedgerCheck {
 };
 
 // The Save of the transaction screen, card first and database second:
-//  1. the mode's planner checks the amounts (a refusal touches nothing);
+//  1. the mode's planner checks the amounts and the site's balance ceiling (a refusal touches
+//     nothing);
 //  2. Connect must have found an active member;
 //  3. the value question;
 //  4. the card on the reader must be the one read, still holding the balance shown;
-//  5. one database transaction: the card's balance must match its ledger balance, the pending
-//     top-ups are read again (their sum goes onto the card), the posting is recorded in the
-//     journal, the card is written, the lines are posted, and all of it commits together;
+//  5. one database transaction: the card's balance must match its ledger balance and the card
+//     must not be blocked, the pending top-ups are read again (their sum goes onto the card),
+//     the posting is recorded in the journal, the card is written, the lines are posted, and
+//     all of it commits together;
 //  6. the hand-off with ReturnFlag 1, and the slip to print.
 // A database failure after the card write rolls the lines back: the Save waits in the journal
 // and is posted exactly once by the next replay. The reader, the prompts, the clock and the

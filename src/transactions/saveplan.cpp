@@ -113,6 +113,18 @@ SaveDecision planAdjustment(const TransactionBoxes& b) {
     });
 }
 
+SaveDecision withinCeiling(SaveDecision decision, Currency maxBalance, int focus) {
+    if (!decision.plan || !addsValue(decision.plan->billType))
+        return decision;
+    // A voided introducer credit can leave the pending sum negative; a card never holds less
+    // than 0.
+    if (decision.plan->newValue < Currency())
+        return negative(focus);
+    if (maxBalance <= Currency() || decision.plan->newValue <= maxBalance)
+        return decision;
+    return refuse(u"Balance Limit Exceeded !!!"_s, u"Message"_s, focus);
+}
+
 QString extraValueText(const QString& topUpText, double memberComm) {
     if (memberComm == 0.0)
         return u"0.00"_s;

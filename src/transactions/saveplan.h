@@ -72,6 +72,12 @@ SaveDecision planTopUp(const TransactionBoxes& boxes);      // CBUT(1)
 SaveDecision planWithdraw(const TransactionBoxes& boxes);   // CBUT(3)
 SaveDecision planAdjustment(const TransactionBoxes& boxes); // CBUT(4)
 
+// A plan that would put a card past the site's ceiling (maxBalance; 0: none) by a top-up or an
+// adjustment in becomes the refusal "Balance Limit Exceeded !!!" (title "Message") pointing at
+// `focus`; one that would leave it below 0 (a negative pending sum) is refused as negative. A
+// withdrawal is checked by its own planner and always passes.
+SaveDecision withinCeiling(SaveDecision decision, Currency maxBalance, int focus);
+
 // The extra value shown while a top-up is typed: top-up x MemberComm / 100 as "#0.00", and
 // "0.00" when the rate is 0 or the top-up is out of range (Save refuses that one).
 QString extraValueText(const QString& topUpText, double memberComm);

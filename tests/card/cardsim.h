@@ -59,10 +59,20 @@ public:
     void error(const QString& text, const QString& title) override {
         errors.append(title + QStringLiteral(": ") + text);
     }
+    bool askWithDetail(const QString& question, const QString& detail) override {
+        details.append(detail);
+        return ask(question);
+    }
+    bool supervisorApproves() override {
+        asked.append(QStringLiteral("MESC"));
+        return supervisor;
+    }
 
     QStringList asked;
     QStringList errors;
+    QStringList details;
     QList<bool> answers;
+    bool supervisor = false; // the password given at MESC
 };
 
 // Places a member's card holding this balance on the simulated reader, written as card issue

@@ -55,10 +55,10 @@ private Q_SLOTS:
         closeScreens(timer, closed, u"MAINMENU"_s);
 
         // Per button: the screens that opened, and whether the menu is still there. A top-up
-        // whose staff entry is left goes no further.
+        // whose staff entry is left goes no further, nor does the supervisor without the password.
         QStringList seen;
         test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
-            for (int button : {6, 7, 8, 1, 2, 3, 4, 0}) {
+            for (int button : {6, 7, 8, 9, 1, 2, 3, 4, 0}) {
                 closed.clear();
                 test::child<QPushButton>(w, u"CBUT(%1)"_s.arg(button))->click();
                 seen << u"%1 %2 %3"_s.arg(button).arg(closed.join(u','),
@@ -69,17 +69,17 @@ private Q_SLOTS:
         showMainMenu(s);
         QVERIFY(menu.ran());
         QCOMPARE(seen, (QStringList{u"6 MEOD open"_s, u"7 MFLOG open"_s, u"8 MRPT open"_s,
-                                    u"1 MFMAIN(WITHDRAW) open"_s, u"2 MFMAIN(ADJUSTMENT) open"_s,
-                                    u"3 MFMAIN(ENQUIRY) open"_s, u"4 MFCUST open"_s,
-                                    u"0 MFCOMM open"_s}));
+                                    u"9 MESC open"_s, u"1 MFMAIN(WITHDRAW) open"_s,
+                                    u"2 MFMAIN(ADJUSTMENT) open"_s, u"3 MFMAIN(ENQUIRY) open"_s,
+                                    u"4 MFCUST open"_s, u"0 MFCOMM open"_s}));
         QCOMPARE(s.AppValue, Currency());
     }
 
-    // The menu has no amount of its own to pass on.
+    // The menu has no amount of its own to pass on; the supervisor's tools open only past MESC.
     void startModesOpenTheirScreens() {
         for (const auto& [mode, screen] :
              {std::pair(u"EOD"_s, u"MEOD"_s), std::pair(u"LOG"_s, u"MFLOG"_s),
-              std::pair(u"MAINMENU"_s, u"MAINMENU"_s)}) {
+              std::pair(u"MAINMENU"_s, u"MAINMENU"_s), std::pair(u"SUPERVISOR"_s, u"MESC"_s)}) {
             test::Fixture f;
             GenClass app;
             QStringList closed;

@@ -96,8 +96,10 @@ private Q_SLOTS:
         QCOMPARE(till.f.rows(u"SELECT StaffCode,TopupValue,PValue,RefTrsNo,TrsDate,CardNo,Name "
                              "FROM Customize_StaffComm"_s),
                  u"S01|100|2|"_s + ref + u"|2026-11-15 00:00:00|000123|Max"_s);
-        QCOMPARE(till.f.rows(u"SELECT Description FROM Customize_Log"_s),
-                 u"Writing Topup Value :120.00 to CardNo : 000123/Max"_s);
+        // A card issued before cards were registered is registered at its first Connect.
+        QCOMPARE(till.f.rows(u"SELECT Description FROM Customize_Log ORDER BY ID"_s),
+                 u"Card Registered : CardNo : 000123 Serial : V11223344S\n"
+                 "Writing Topup Value :120.00 to CardNo : 000123/Max"_s);
         QCOMPARE(test::readFile(till.f.iniPath()),
                  "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n"
                  "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=000123\r\nCardName=Max\r\nOldValue=20\r\n"
@@ -137,6 +139,25 @@ private Q_SLOTS:
         QCOMPARE(boxes.texts().value(1), u"Write the Database balance to the Card ?"_s);
         QCOMPARE(shown, u"20.00"_s);
         QCOMPARE(till.cardValue(), u"20"_s);
+    }
+
+    // A blocked card shows nothing at Connect and so offers nothing to save.
+    void blockedCardRefusedAtConnect() {
+        Till till;
+        till.f.addMember(u"000123"_s, u"Max"_s);
+        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        db::exec(till.f.db(), u"INSERT INTO Customize_Card (CardNo,CardSerial,Status) "
+                              "VALUES ('000123','V11223344S','BLOCKED')"_s);
+        test::MessageBoxes boxes;
+        QStringList shown;
+        Screens screens([&](QWidget* w) {
+            press(w, 2);
+            shown << box(w, 0)->text() << box(w, 2)->text();
+            press(w, 0);
+        });
+        QVERIFY(!till.start(u"WITHDRAW"_s));
+        QCOMPARE(boxes.texts(), QStringList{u"Card Blocked !!! Please see the Supervisor"_s});
+        QCOMPARE(shown, (QStringList{QString(), QString()}));
     }
 
     // The card took the new value, then the database failed: the operator is told, nothing is
