@@ -11,6 +11,10 @@ bool WidgetPrompts::ask(const QString& question) {
     return askYesNo(m_parent, question);
 }
 
+bool WidgetPrompts::askDestructive(const QString& question) {
+    return askYesNo(m_parent, question, Preferred::No);
+}
+
 void WidgetPrompts::error(const QString& text, const QString& title) {
     showError(m_parent, text, title);
 }

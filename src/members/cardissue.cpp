@@ -38,7 +38,7 @@ CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const 
     if (!card.openSelectLogin(card::MemberSector))
         return CardIssue::DeviceFailed;
     if (card.checkCard(card::MemberSector) &&
-        !prompts.ask(u"This Card contain Data !!! Continue overwrite ? "_s))
+        !prompts.askDestructive(u"This Card contain Data !!! Continue overwrite ? "_s))
         return CardIssue::Declined;
 
     // The writes' results are deliberately not looked at: the card is reported written once the

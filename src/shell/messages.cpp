@@ -11,9 +11,12 @@ namespace pondar {
 namespace {
 
 QMessageBox::StandardButton show(QWidget* parent, QMessageBox::Icon icon, const QString& title,
-                                 const QString& text, QMessageBox::StandardButtons buttons) {
+                                 const QString& text, QMessageBox::StandardButtons buttons,
+                                 QMessageBox::StandardButton preferred = QMessageBox::NoButton) {
     QMessageBox box(icon, title, text, buttons, parent);
     box.setObjectName(u"PondarMessage"_s);
+    if (preferred != QMessageBox::NoButton)
+        box.setDefaultButton(preferred);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
@@ -27,9 +30,10 @@ void showNotice(QWidget* parent, const QString& text, const QString& title) {
     show(parent, QMessageBox::Warning, title, text, QMessageBox::Ok);
 }
 
-bool askYesNo(QWidget* parent, const QString& question) {
+bool askYesNo(QWidget* parent, const QString& question, Preferred preferred) {
     return show(parent, QMessageBox::Question, u"Question"_s, question,
-                QMessageBox::Yes | QMessageBox::No) != QMessageBox::No;
+                QMessageBox::Yes | QMessageBox::No,
+                preferred == Preferred::No ? QMessageBox::No : QMessageBox::Yes) != QMessageBox::No;
 }
 
 bool checkInput(QWidget* parent, const QString& text) {
