@@ -109,7 +109,7 @@ void MFBAL::resizeEvent(QResizeEvent* event) {
 // The figures grow with the window: a display turned to the customer, or put full screen on a
 // second monitor, must read from across the counter.
 void MFBAL::scaleFigures() {
-    const int pixels = std::clamp(std::min(height() / 11, width() / 28), 16, 240);
+    const int pixels = std::clamp(std::min(height() / 9, width() / 24), 16, 240);
     if (m_frame->font().pixelSize() != pixels) {
         QFont figures = font();
         figures.setPixelSize(pixels);

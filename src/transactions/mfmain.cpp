@@ -141,8 +141,9 @@ MFMAIN::MFMAIN(SessionSettings& session, TransactionMode mode, const QString& st
     side->addWidget(pendingLabel);
     side->addWidget(PData);
     auto* top = new QHBoxLayout;
-    top->addLayout(card, 3);
-    top->addLayout(side, 2);
+    // Half the width for the pending lines, so date, reference and amount all fit.
+    top->addLayout(card, 1);
+    top->addLayout(side, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(CBUT[2]);
     buttons->addWidget(CBUT[5]);
