@@ -16,7 +16,7 @@ namespace pondar::reports {
 QByteArray csvBytes(QAbstractItemModel& model, const QList<int>& hiddenColumns = {});
 
 // An end-of-day report as a text file: the 40-column text in Windows-1252 with its CR LF line
-// ends and a final CR LF, as the printer takes it without its control codes.
+// ends, the last line ended too: what the printer gets, without its control codes.
 QByteArray reportFileBytes(const QString& reportText);
 
 // Replaces the file at path with bytes, all or nothing. Throws pondar::Error saying what failed.

@@ -110,7 +110,7 @@ private Q_SLOTS:
         display.show();
         auto* balance = test::child<QLineEdit>(&display, u"TXT(2)"_s);
         const int small = balance->fontInfo().pixelSize();
-        display.resize(1400, 900);
+        display.resize(2000, 1200);
         QTRY_VERIFY(balance->fontInfo().pixelSize() >= 2 * small);
         QVERIFY(display.rect().contains(balance->mapTo(&display, balance->rect().bottomRight())));
         QTest::keyClick(&display, Qt::Key_F11);
