@@ -191,6 +191,7 @@ void MFCUST::buildControls() {
         setTabOrder(order[i - 1], order[i]);
 
     m_boxes = new EntryBoxes(this);
+    showButtonFocus(this);
     for (QLineEdit* box : TXT)
         m_boxes->add(box);
     m_boxes->exempt(CBUT[0]);

@@ -5,6 +5,7 @@
 #include "reports/slip.h"
 #include "reports/widgets.h"
 #include "shell/activitylog.h"
+#include "shell/entryboxes.h"
 #include "shell/messages.h"
 #include "shell/session.h"
 
@@ -54,6 +55,7 @@ EodForm::EodForm(SessionSettings& session, QWidget* parent)
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(CBUT0);
     buttons->addWidget(CBUT5);
+    showButtonFocus(this);
     m_export = exportButton(this);
     buttons->addWidget(m_export);
     buttons->addWidget(CBUT2);

@@ -3,6 +3,7 @@
 #include "reports/export.h"
 #include "reports/grids.h"
 #include "reports/widgets.h"
+#include "shell/entryboxes.h"
 #include "shell/gridmodel.h"
 #include "shell/gridview.h"
 #include "shell/messages.h"
@@ -40,6 +41,8 @@ LogForm::LogForm(SessionSettings& session, QWidget* parent)
     top->addWidget(Label1);
     top->addWidget(TD);
     top->addWidget(Command2);
+    Command2->setDefault(true); // Enter in the date searches
+    showButtonFocus(this);
     m_export = exportButton(this);
     top->addWidget(m_export);
     top->addStretch();

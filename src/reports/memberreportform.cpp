@@ -4,6 +4,7 @@
 #include "reports/grids.h"
 #include "reports/slip.h"
 #include "reports/widgets.h"
+#include "shell/entryboxes.h"
 #include "shell/gridmodel.h"
 #include "shell/gridview.h"
 #include "shell/messages.h"
@@ -73,6 +74,9 @@ MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
     STab->addTab(new QWidget(STab), u"Pending"_s);
     STab->setTabEnabled(1, false);
     CBUT5->setEnabled(false);
+    // Enter in the code or a date searches.
+    CBUT0->setDefault(true);
+    showButtonFocus(this);
     m_export = exportButton(this);
     m_export->setEnabled(false);
 

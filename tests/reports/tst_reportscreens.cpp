@@ -183,8 +183,9 @@ private Q_SLOTS:
                      test::child<QLineEdit>(rpt, u"TD(2)"_s)->text();
             test::child<QLineEdit>(rpt, u"TD(1)"_s)->setText(u"01/02/2024"_s);
             test::child<QLineEdit>(rpt, u"TD(2)"_s)->setText(u"03/02/2024"_s);
-            test::child<QLineEdit>(rpt, u"TXT"_s)->setText(u"C1"_s);
-            click(rpt, u"CBUT(0)"_s);
+            auto* code = test::child<QLineEdit>(rpt, u"TXT"_s);
+            code->setText(u"C1"_s);
+            QTest::keyClick(code, Qt::Key_Return); // Search is the default button
             auto* grid = test::child<QTableView>(rpt, u"MData"_s);
             QCOMPARE(gridText(grid->model()),
                      (QStringList{u"ID|Type|Date|Ref|Value|TrsNo"_s,
