@@ -41,18 +41,34 @@ QString DemoData::prepare(const QSqlDatabase& db) const {
                 {"000011", "GOH CHENG HOCK", "000010", 0, "M"},
                 {"000012", "FARAH HANIM BINTI AZMAN", "000010", 0, "F"},
             };
+            // Each member a person of their own: identity number (its last digit odd for a man),
+            // address and telephone differ, so a search or a report tells them apart.
+            const QString streets[] = {u"12 JALAN MERANTI"_s, u"7 LORONG BUNGA RAYA"_s,
+                                       u"33 JALAN AMPANG"_s,  u"5 JALAN TUN RAZAK"_s,
+                                       u"88 JALAN PUDU"_s,    u"21 PERSIARAN GURNEY"_s};
+            const QString towns[] = {u"KUALA LUMPUR"_s, u"PETALING JAYA"_s, u"GEORGE TOWN"_s,
+                                     u"JOHOR BAHRU"_s, u"IPOH"_s};
+            int n = 0;
             for (const Member& m : members) {
+                const bool man = qstrcmp(m.sex, "M") == 0;
+                const QString ic = u"%1%2%3-%4-%5"_s.arg(62 + n * 3)
+                                       .arg(1 + n % 12, 2, 10, QChar(u'0'))
+                                       .arg(1 + n * 7 % 28, 2, 10, QChar(u'0'))
+                                       .arg(n % 2 ? u"10"_s : u"14"_s)
+                                       .arg(1000 + n * 374 + (man ? 1 : 0), 4, 10, QChar(u'0'));
+                const QString phone =
+                    u"01%1-%2"_s.arg(2 + n % 8).arg(3456789 + n * 104729 % 6000000);
                 pondar::db::exec(
                     db,
                     u"INSERT INTO tloy_mt_member (MemberCode, MemberName, ResidentAdd1, "
                     "ResidentAdd2, IcNew, hpno, sex, MaritalStatus, EmailAdd, downlinecode, "
                     "NonActive, pendingbalance) VALUES (?,?,?,?,?,?,?,?,?,?,?,0)"_s,
-                    {QString::fromLatin1(m.code), QString::fromLatin1(m.name),
-                     u"12 JALAN MERANTI"_s, u"KUALA LUMPUR"_s, u"800101-14-5555"_s,
-                     u"012-3456789"_s, QString::fromLatin1(m.sex), u"S"_s,
+                    {QString::fromLatin1(m.code), QString::fromLatin1(m.name), streets[n % 6],
+                     towns[n % 5], ic, phone, QString::fromLatin1(m.sex), n % 3 ? u"M"_s : u"S"_s,
                      QString(QString::fromLatin1(m.code) + u"@example.com"_s),
                      m.introducer ? QVariant(QString::fromLatin1(m.introducer)) : QVariant(),
                      m.nonActive});
+                ++n;
             }
         }
         if (!pondar::db::hasRow(db, u"SELECT 1 FROM tpay_mt_staff"_s)) {

@@ -125,7 +125,22 @@ void HostWindow::showOutcome(const QString& call, bool result) {
     m_transaction->setPlainText(section);
 }
 
+HostWindow::~HostWindow() {
+    if (m_trayWindow && m_trayWindow->state() != QProcess::NotRunning) {
+        m_trayWindow->terminate();
+        if (!m_trayWindow->waitForFinished(2000))
+            m_trayWindow->kill();
+        m_trayWindow->waitForFinished(1000);
+    }
+}
+
 void HostWindow::openTrayWindow() {
-    if (!QProcess::startDetached(QCoreApplication::applicationFilePath(), {u"--tray"_s, m_simDir}))
+    // One tray window, a child of this process: it must not outlive the host it serves.
+    if (!m_trayWindow)
+        m_trayWindow = new QProcess(this);
+    if (m_trayWindow->state() != QProcess::NotRunning)
+        return;
+    m_trayWindow->start(QCoreApplication::applicationFilePath(), {u"--tray"_s, m_simDir});
+    if (!m_trayWindow->waitForStarted(5000))
         QMessageBox::critical(this, u"Card tray"_s, u"Cannot start a tray window."_s);
 }

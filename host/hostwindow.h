@@ -8,6 +8,7 @@
 #include <QWidget>
 
 class QLabel;
+class QProcess;
 class QPlainTextEdit;
 
 // Plays the point-of-sale program: holds the connection, the particulars of StartApp, a button
@@ -18,6 +19,7 @@ class HostWindow final : public QWidget {
 public:
     // simDir is the simulated reader's folder, empty when a real reader is in use.
     HostWindow(DemoData data, QSqlDatabase db, const QString& simDir, QWidget* parent = nullptr);
+    ~HostWindow() override;
 
 private:
     QLineEdit* field(const QString& name, const QString& value);
@@ -39,4 +41,5 @@ private:
     QLineEdit* m_amount = nullptr;
     QLabel* m_result = nullptr;
     QPlainTextEdit* m_transaction = nullptr;
+    QProcess* m_trayWindow = nullptr; // ends with the host
 };

@@ -11,9 +11,12 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSqlError>
 #include <QStandardPaths>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -55,13 +58,77 @@ void stockTray(const QString& simDir, const QStringList& memberCodes,
     }
 }
 
-} // namespace
+// --help is answered before the GUI application exists, so it works without a display.
+bool asksForHelp(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray arg(argv[i]);
+        if (arg == "-h" || arg == "--help" || arg == "-?" || arg == "--help-all")
+            return true;
+    }
+    return false;
+}
 
-int main(int argc, char** argv) {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(u"pondar-host"_s);
+// Pictures a component screen as a person sees it: opens it from the host window's button,
+// lets it read the demo card on the reader, saves the window to a PNG and closes the screen.
+int screenshotOfScreen(HostWindow& window, const QString& screen, const QString& file) {
+    bool saved = false;
+    int ticks = 0;
+    QTimer poll;
+    poll.setInterval(50);
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (!modal)
+            return;
+        const QString name = modal->objectName();
+        if (name == u"MFCOMM"_s) {
+            modal->findChild<QLineEdit*>(u"TXT"_s)->setText(u"S001"_s);
+            modal->findChild<QPushButton*>(u"CSAVE"_s)->click();
+        } else if (name == u"MFMAIN"_s && screen == u"balance"_s) {
+            // The enquiry that gives the component its connection before the display opens.
+            modal->findChild<QPushButton*>(u"CBUT(0)"_s)->click();
+        } else if (name == u"MFMAIN"_s) {
+            poll.stop();
+            modal->findChild<QPushButton*>(u"CBUT(2)"_s)->click();
+            QApplication::processEvents();
+            saved = modal->grab().save(file);
+            modal->findChild<QPushButton*>(u"CBUT(0)"_s)->click();
+        } else if (name == u"MFBAL"_s) {
+            if (++ticks < 30) // a second and a half: the display has read the card
+                return;
+            poll.stop();
+            saved = modal->grab().save(file);
+            static_cast<QDialog*>(modal)->done(QDialog::Accepted);
+        } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+            qWarning("%s", qPrintable(box->text()));
+            box->done(QMessageBox::No);
+        }
+    });
+    poll.start();
+    QTimer::singleShot(0, &window, [&] {
+        if (screen == u"balance"_s) {
+            window.findChild<QPushButton*>(u"start-ENQUIRY"_s)->click();
+            window.findChild<QPushButton*>(u"ShowEnquiry"_s)->click();
+        } else {
+            window.findChild<QPushButton*>(u"start-TOPUP"_s)->click();
+        }
+        QApplication::quit();
+    });
+    QApplication::exec();
+    return saved ? 0 : 1;
+}
 
-    QCommandLineParser parser;
+// Puts the card of a demo member on the simulated reader.
+void putOnReader(const QString& simDir, const QString& code) {
+    pondar::card::SimFolder folder(simDir);
+    for (const pondar::card::SimFolder::Card& card : folder.tray()) {
+        if (card.code == code) {
+            folder.put(card.file);
+            return;
+        }
+    }
+}
+
+void addOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription(
         u"Demo point-of-sale host for the Pondar membership card component."_s);
     parser.addHelpOption();
@@ -89,10 +156,35 @@ int main(int argc, char** argv) {
         "first PC/SC reader) or pcsc:NAME (the first PC/SC reader whose name contains NAME)."_s,
         u"reader"_s);
     parser.addOption(readerOption);
-    parser.process(app);
+    parser.addOption(QCommandLineOption(
+        u"screen"_s,
+        u"With --screenshot: picture host (the host window, the default), transaction (a "
+        "top-up screen reading the first demo card) or balance (the balance display)."_s,
+        u"screen"_s, u"host"_s));
+}
 
-    if (parser.isSet(readerOption)) {
-        const QString reader = parser.value(readerOption);
+} // namespace
+
+int main(int argc, char** argv) {
+    if (asksForHelp(argc, argv)) {
+        QCoreApplication core(argc, argv);
+        QCoreApplication::setApplicationName(u"pondar-host"_s);
+        QCommandLineParser parser;
+        addOptions(parser);
+        parser.process(core); // prints the help and exits
+        return 0;
+    }
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(u"pondar-host"_s);
+
+    QCommandLineParser parser;
+    addOptions(parser);
+    parser.process(app);
+    const auto option = [&](const char* name) { return parser.value(QString::fromLatin1(name)); };
+    const auto isSet = [&](const char* name) { return parser.isSet(QString::fromLatin1(name)); };
+
+    if (isSet("reader")) {
+        const QString reader = option("reader");
         if (reader == u"pcsc"_s || reader.startsWith(u"pcsc:"_s)) {
             qputenv("PONDAR_READER", reader.toLocal8Bit());
         } else if (reader != u"sim"_s) {
@@ -104,19 +196,19 @@ int main(int argc, char** argv) {
         }
     }
 
-    if (parser.isSet(trayOption)) {
-        CardTray tray(QDir(parser.value(trayOption)).absolutePath());
+    if (isSet("tray")) {
+        CardTray tray(QDir(option("tray")).absolutePath());
         tray.setWindowTitle(u"Pondar card tray"_s);
         tray.resize(520, 360);
         tray.show();
         return QApplication::exec();
     }
 
-    const DemoData data(QDir(parser.value(dataOption)).absolutePath());
+    const DemoData data(QDir(option("data")).absolutePath());
     QDir().mkpath(data.folder);
-    const bool odbc = parser.isSet(odbcOption);
+    const bool odbc = isSet("odbc");
     QSqlDatabase db = QSqlDatabase::addDatabase(odbc ? u"QODBC"_s : u"QSQLITE"_s, u"host"_s);
-    db.setDatabaseName(odbc ? parser.value(odbcOption) : data.database);
+    db.setDatabaseName(odbc ? option("odbc") : data.database);
     if (!db.open()) {
         QMessageBox::critical(nullptr, u"Pondar demo host"_s,
                               u"Cannot open the demo database "_s + db.databaseName() + u"\n\n"_s +
@@ -147,9 +239,15 @@ int main(int argc, char** argv) {
 
     HostWindow window(data, db, simDir);
     window.show();
-    if (parser.isSet(shotOption)) {
-        QApplication::processEvents();
-        return window.grab().save(parser.value(shotOption)) ? 0 : 1;
+    if (isSet("screenshot")) {
+        const QString screen = option("screen");
+        if (screen == u"host"_s) {
+            QApplication::processEvents();
+            return window.grab().save(option("screenshot")) ? 0 : 1;
+        }
+        if (!simDir.isEmpty())
+            putOnReader(simDir, u"000001"_s);
+        return screenshotOfScreen(window, screen, option("screenshot"));
     }
     return QApplication::exec();
 }

@@ -13,6 +13,8 @@
 #include <QLineEdit>
 #include <QTimer>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::card {
@@ -27,27 +29,23 @@ MFBAL::MFBAL(SessionSettings& session, QWidget* parent)
     m_frame->setObjectName(u"FrmMain"_s);
     m_frame->setFrameShape(QFrame::StyledPanel);
     auto* grid = new QGridLayout(m_frame);
-    QFont big = font();
-    big.setPointSizeF(big.pointSizeF() * 1.6);
     const QStringList labels = {u"Card No"_s, u"Name"_s, u"Balance"_s, u"Pending:"_s};
     for (int i = 0; i < 4; ++i) {
         auto* label = new QLabel(labels[i]);
-        label->setFont(big);
         auto* box = new QLineEdit;
         box->setObjectName(u"TXT(%1)"_s.arg(i));
         box->setReadOnly(true);
         box->setFocusPolicy(Qt::NoFocus); // keys go to the display, where F12 is heard
-        box->setFont(big);
-        box->setMinimumWidth(320);
         if (i >= 2)
             box->setAlignment(Qt::AlignRight);
         grid->addWidget(label, i, 0);
         grid->addWidget(box, i, 1);
         m_txt[std::size_t(i)] = box;
     }
-    m_frame->setFixedSize(m_frame->sizeHint());
     setFocusPolicy(Qt::StrongFocus);
-    resize(m_frame->width() + 160, m_frame->height() + 120);
+    setToolTip(u"F11: full screen"_s);
+    resize(720, 360);
+    scaleFigures();
 
     m_timer = new QTimer(this);
     m_timer->setObjectName(u"Timer1"_s);
@@ -82,6 +80,10 @@ void MFBAL::refresh() {
 }
 
 void MFBAL::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_F11) {
+        setWindowState(windowState() ^ Qt::WindowFullScreen);
+        return;
+    }
     if (event->key() != Qt::Key_F12) {
         // Escape and every other key are swallowed: the customer cannot close the display.
         event->accept();
@@ -101,6 +103,22 @@ void MFBAL::closeEvent(QCloseEvent* event) {
 
 void MFBAL::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
+    scaleFigures();
+}
+
+// The figures grow with the window: a display turned to the customer, or put full screen on a
+// second monitor, must read from across the counter.
+void MFBAL::scaleFigures() {
+    const int pixels = std::clamp(std::min(height() / 9, width() / 24), 16, 240);
+    if (m_frame->font().pixelSize() != pixels) {
+        QFont figures = font();
+        figures.setPixelSize(pixels);
+        m_frame->setFont(figures);
+        for (QLineEdit* box : m_txt)
+            box->setMinimumWidth(pixels * 12);
+        m_frame->layout()->invalidate();
+        m_frame->setFixedSize(m_frame->sizeHint());
+    }
     centreFrame();
 }
 

@@ -36,6 +36,7 @@ protected:
 
 private:
     void centreFrame();
+    void scaleFigures();
 
     SessionSettings& m_session;
     QFrame* m_frame = nullptr;

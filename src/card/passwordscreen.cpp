@@ -1,5 +1,6 @@
 #include "card/passwordscreen.h"
 
+#include "shell/entryboxes.h"
 #include "shell/messages.h"
 
 #include <QHBoxLayout>
@@ -28,9 +29,9 @@ MESC::MESC(QWidget* parent)
     confirm->setObjectName(u"Command1"_s);
     auto* leave = new QPushButton(u"&Exit"_s);
     leave->setObjectName(u"Command2"_s);
-    // Enter belongs to Text1 alone; a default button would take it a second time.
-    confirm->setAutoDefault(false);
-    leave->setAutoDefault(false);
+    // Enter anywhere confirms; the box leaves the key to the dialog, so it confirms once.
+    confirm->setDefault(true);
+    showButtonFocus(this);
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -42,8 +43,6 @@ MESC::MESC(QWidget* parent)
     layout->addLayout(buttons);
 
     connect(confirm, &QPushButton::clicked, this, [this] { guarded(this, [&] { command1(); }); });
-    connect(m_text1, &QLineEdit::returnPressed, this,
-            [this] { guarded(this, [&] { command1(); }); });
     connect(leave, &QPushButton::clicked, this, &MESC::reject);
     m_text1->setFocus();
 }

@@ -11,6 +11,9 @@ public:
     virtual ~CardPrompts();
     // A Yes/No question titled "Question"; true unless the answer was No.
     virtual bool ask(const QString& question) = 0;
+    // A question whose Yes destroys something (a card's data): the same box, with No as the
+    // answer Enter gives.
+    virtual bool askDestructive(const QString& question) { return ask(question); }
     // A critical box with an OK button.
     virtual void error(const QString& text, const QString& title) = 0;
     // The question with particulars shown as the box's detail text.

@@ -12,12 +12,17 @@ bool WidgetPrompts::ask(const QString& question) {
     return askYesNo(m_parent, question);
 }
 
+bool WidgetPrompts::askDestructive(const QString& question) {
+    return askYesNo(m_parent, question, Preferred::No);
+}
+
 void WidgetPrompts::error(const QString& text, const QString& title) {
     showError(m_parent, text, title);
 }
 
 bool WidgetPrompts::askWithDetail(const QString& question, const QString& detail) {
-    return askYesNo(m_parent, question, detail);
+    // Only asked before another member's value would be overwritten: Enter must not do that.
+    return askYesNo(m_parent, question, Preferred::No, detail);
 }
 
 bool WidgetPrompts::supervisorApproves() {

@@ -11,6 +11,7 @@ class WidgetPrompts final : public CardPrompts {
 public:
     explicit WidgetPrompts(QWidget* parent);
     bool ask(const QString& question) override;
+    bool askDestructive(const QString& question) override;
     void error(const QString& text, const QString& title) override;
     bool askWithDetail(const QString& question, const QString& detail) override;
     bool supervisorApproves() override;

@@ -49,7 +49,7 @@ CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const 
         // Another member's value goes with the card only on the supervisor's word.
         const auto holder = valueHolder(session, card.readField(card::MemberSector, 1), code);
         if (!holder) {
-            if (!prompts.ask(question))
+            if (!prompts.askDestructive(question))
                 return CardIssue::Declined;
         } else {
             if (!prompts.askWithDetail(question, holder->detail()) || !prompts.supervisorApproves())

@@ -40,8 +40,9 @@ MFCOMM::MFCOMM(SessionSettings& session, QWidget* parent)
     SNAME->setMinimumWidth(220);
     CSAVE->setObjectName(u"CSAVE"_s);
     CEXIT->setObjectName(u"CEXIT"_s);
-    for (QPushButton* b : {CSAVE, CEXIT})
-        b->setAutoDefault(false);
+    // Enter in the box moves on to Ok (EntryBoxes); a second Enter presses it.
+    CSAVE->setDefault(true);
+    showButtonFocus(this);
 
     auto* grid = new QGridLayout(this);
     grid->addWidget(Label1, 0, 0);

@@ -8,6 +8,7 @@
 #include "shell/activitylog.h"
 #include "shell/database.h"
 #include "shell/gridmodel.h"
+#include "shell/gridview.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"
@@ -115,6 +116,7 @@ void MFCUST::buildControls() {
     NewCode->setObjectName(u"NewCode"_s);
     NewCode->setEnabled(false);
     NewCode->setFocusPolicy(Qt::NoFocus);
+    NewCode->hide(); // the screen's own add-mode flag, not the operator's
     MData = new DataNavigator(this);
     MData->setObjectName(u"MData"_s);
 
@@ -154,8 +156,7 @@ void MFCUST::buildControls() {
     auto* historyPage = new QWidget;
     HData = new QTableView(historyPage);
     HData->setObjectName(u"HData"_s);
-    HData->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    HData->setSelectionBehavior(QAbstractItemView::SelectRows);
+    setUpGrid(HData);
     m_history = new GridModel(this);
     HData->setModel(m_history);
     auto* historyLayout = new QVBoxLayout(historyPage);
@@ -190,6 +191,7 @@ void MFCUST::buildControls() {
         setTabOrder(order[i - 1], order[i]);
 
     m_boxes = new EntryBoxes(this);
+    showButtonFocus(this);
     for (QLineEdit* box : TXT)
         m_boxes->add(box);
     m_boxes->exempt(CBUT[0]);
@@ -297,6 +299,7 @@ void MFCUST::refreshHistory() {
         m_history->setHeaderData(i, Qt::Horizontal, QString::fromUtf16(columns[i].first));
         HData->setColumnWidth(i, members::twipsToPixels(columns[i].second));
     }
+    widenToContents(HData);
 }
 
 bool MFCUST::adding() const {
@@ -391,7 +394,7 @@ void MFCUST::remove() {
         showError(this, u"Function Rejected !!! Transaction Found !!!"_s);
         return;
     }
-    if (!askYesNo(this, members::removeQuestion(name)))
+    if (!askYesNo(this, members::removeQuestion(name), Preferred::No))
         return;
     writeLog(m_session, members::removeLogLine(code, name));
     m_model->revertAll();

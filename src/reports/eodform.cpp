@@ -1,9 +1,11 @@
 #include "reports/eodform.h"
 
 #include "reports/eod.h"
+#include "reports/export.h"
 #include "reports/slip.h"
 #include "reports/widgets.h"
 #include "shell/activitylog.h"
+#include "shell/entryboxes.h"
 #include "shell/messages.h"
 #include "shell/session.h"
 
@@ -53,6 +55,9 @@ EodForm::EodForm(SessionSettings& session, QWidget* parent)
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(CBUT0);
     buttons->addWidget(CBUT5);
+    showButtonFocus(this);
+    m_export = exportButton(this);
+    buttons->addWidget(m_export);
     buttons->addWidget(CBUT2);
     auto* left = new QVBoxLayout;
     left->addLayout(options);
@@ -66,10 +71,20 @@ EodForm::EodForm(SessionSettings& session, QWidget* parent)
     connect(CBUT0, &QPushButton::clicked, this, [this] { search(); });
     connect(CBUT2, &QPushButton::clicked, this, &QDialog::reject);
     connect(CBUT5, &QPushButton::clicked, this, [this] { print(); });
+    connect(m_export, &QPushButton::clicked, this, [this] {
+        guarded(this, [&] {
+            if (!m_text.isEmpty())
+                exportToFile(this, m_reportName + u".txt"_s, u"Text (*.txt)"_s,
+                             reportFileBytes(m_text));
+        });
+    });
 }
 
 void EodForm::runReport(int index) {
     guarded(this, [&] {
+        // Whatever was on show belongs to other dates; it must not pass for this report.
+        m_text.clear();
+        RTF->clear();
         for (QLineEdit* box : {TD, TD2}) {
             if (!typedDate(box).isValid()) {
                 showError(this, u"Invalid Date Input !!!"_s);
@@ -79,8 +94,7 @@ void EodForm::runReport(int index) {
         }
         const QString logText = u"View Report "_s + RBUT[index]->text() + u" From "_s + TD->text() +
                                 u" to "_s + TD2->text();
-        m_text.clear();
-        RTF->clear();
+        m_reportName = RBUT[index]->text() + u' ' + typedDate(TD).toString(u"yyyyMMdd"_s);
         m_text = eodReport(static_cast<EodReport>(index), m_session.Conn,
                            {m_session.OutletCode, TD->text(), TD2->text(), m_session.now()});
         showPreview(RTF, m_text);

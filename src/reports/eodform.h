@@ -39,6 +39,8 @@ private:
     QPushButton* CBUT0;
     QPushButton* CBUT2;
     QPushButton* CBUT5;
+    QPushButton* m_export = nullptr;
+    QString m_reportName; // of the report on show, for its file
     QPlainTextEdit* RTF;
 };
 

@@ -1,7 +1,10 @@
 #include "reports/logform.h"
 
+#include "reports/export.h"
 #include "reports/grids.h"
 #include "reports/widgets.h"
+#include "shell/entryboxes.h"
+#include "shell/gridview.h"
 #include "shell/messages.h"
 #include "shell/session.h"
 #include "shell/textgrid.h"
@@ -31,14 +34,17 @@ LogForm::LogForm(SessionSettings& session, QWidget* parent)
     Label1->setObjectName(u"Label1"_s);
     DataGrid1->setObjectName(u"DataGrid1"_s);
     DataGrid1->setModel(m_model);
-    DataGrid1->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    DataGrid1->setSelectionBehavior(QAbstractItemView::SelectRows);
+    setUpGrid(DataGrid1);
     DataGrid1->setMinimumSize(twips(12000), 300);
 
     auto* top = new QHBoxLayout;
     top->addWidget(Label1);
     top->addWidget(TD);
     top->addWidget(Command2);
+    Command2->setDefault(true); // Enter in the date searches
+    showButtonFocus(this);
+    m_export = exportButton(this);
+    top->addWidget(m_export);
     top->addStretch();
     top->addWidget(Command1);
     auto* layout = new QVBoxLayout(this);
@@ -47,6 +53,15 @@ LogForm::LogForm(SessionSettings& session, QWidget* parent)
 
     connect(Command2, &QPushButton::clicked, this, [this] { search(); });
     connect(Command1, &QPushButton::clicked, this, &QDialog::reject);
+    connect(m_export, &QPushButton::clicked, this, [this] {
+        guarded(this, [&] {
+            exportToFile(this, u"log-%1.csv"_s.arg(m_shownDay.toString(u"yyyyMMdd"_s)),
+                         u"CSV (*.csv)"_s, csvBytes(*m_model));
+        });
+    });
+    // The business date's log is what the supervisor opens the viewer for.
+    if (const QDate day = typedDate(TD); day.isValid())
+        guarded(this, [&] { load(day); });
 }
 
 void LogForm::search() {
@@ -57,11 +72,17 @@ void LogForm::search() {
             TD->setFocus();
             return;
         }
-        logLines(*m_model, m_session.Conn, day);
-        const int widths[] = {2400, 1500, 2500, 5500};
-        for (int c = 0; c < 4; ++c)
-            DataGrid1->setColumnWidth(c, twips(widths[c]));
+        load(day);
     });
+}
+
+void LogForm::load(QDate day) {
+    m_shownDay = day;
+    logLines(*m_model, m_session.Conn, day);
+    const int widths[] = {2400, 1500, 2500, 5500};
+    for (int c = 0; c < 4; ++c)
+        DataGrid1->setColumnWidth(c, twips(widths[c]));
+    widenToContents(DataGrid1);
 }
 
 } // namespace pondar::reports

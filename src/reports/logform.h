@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDate>
 #include <QDialog>
 
 class QLabel;
@@ -23,12 +24,15 @@ public:
 
 private:
     void search();
+    void load(QDate day);
 
     SessionSettings& m_session;
     QLabel* Label1;
     QLineEdit* TD;
     QPushButton* Command2;
     QPushButton* Command1;
+    QPushButton* m_export = nullptr;
+    QDate m_shownDay;
     QTableView* DataGrid1;
     TextGridModel* m_model;
 };

@@ -1,11 +1,15 @@
 #include "reports/memberreportform.h"
 
+#include "reports/export.h"
 #include "reports/grids.h"
 #include "reports/slip.h"
 #include "reports/widgets.h"
+#include "shell/entryboxes.h"
+#include "shell/gridview.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"
+#include "shell/text.h"
 #include "shell/textgrid.h"
 
 #include <QEvent>
@@ -30,6 +34,14 @@ namespace {
 
 enum Column { Id, Type, Date, Ref, Value, TrsNo };
 
+// The member report opens on the last month up to the business date: a customer asking at the
+// till wants the recent postings, and a range of one day finds nothing before the date's
+// postings are in.
+QString monthBefore(const QString& day) {
+    const QDate date = parseDate(day);
+    return date.isValid() ? date.addDays(-30).toString(u"dd/MM/yyyy"_s) : day;
+}
+
 } // namespace
 
 MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
@@ -38,7 +50,7 @@ MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
     , Label1(new QLabel(u"Member Code :"_s, this))
     , TXT(new QLineEdit(this))
     , Label3(new QLabel(u"Date :"_s, this))
-    , TD1(dateBox(u"TD(1)"_s, session.BzDate, this))
+    , TD1(dateBox(u"TD(1)"_s, monthBefore(session.BzDate), this))
     , TD2(dateBox(u"TD(2)"_s, session.BzDate, this))
     , CBUT0(button(u"CBUT(0)"_s, u"&Search"_s, this))
     , CBUT2(button(u"CBUT(2)"_s, u"&Close"_s, this))
@@ -54,8 +66,7 @@ MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
     STab->setObjectName(u"STab"_s);
     MData->setObjectName(u"MData"_s);
     MData->setModel(m_model);
-    MData->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    MData->setSelectionBehavior(QAbstractItemView::SelectRows);
+    setUpGrid(MData);
     MData->setSelectionMode(QAbstractItemView::SingleSelection);
     MData->setMinimumSize(twips(10500), 260);
     STab->addTab(MData, u"History"_s);
@@ -63,6 +74,11 @@ MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
     STab->addTab(new QWidget(STab), u"Pending"_s);
     STab->setTabEnabled(1, false);
     CBUT5->setEnabled(false);
+    // Enter in the code or a date searches.
+    CBUT0->setDefault(true);
+    showButtonFocus(this);
+    m_export = exportButton(this);
+    m_export->setEnabled(false);
 
     auto* top = new QHBoxLayout;
     top->addWidget(Label1);
@@ -72,6 +88,7 @@ MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
     top->addWidget(TD2);
     top->addWidget(CBUT0);
     auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_export);
     buttons->addStretch();
     buttons->addWidget(CBUT5);
     buttons->addWidget(CBUT2);
@@ -86,6 +103,12 @@ MemberReportForm::MemberReportForm(SessionSettings& session, QWidget* parent)
     connect(CBUT0, &QPushButton::clicked, this, [this] { search(); });
     connect(CBUT2, &QPushButton::clicked, this, &QDialog::reject);
     connect(CBUT5, &QPushButton::clicked, this, [this] { reopenSlip(); });
+    connect(m_export, &QPushButton::clicked, this, [this] {
+        guarded(this, [&] {
+            exportToFile(this, u"member-%1.csv"_s.arg(m_shownCode), u"CSV (*.csv)"_s,
+                         csvBytes(*m_model, {Id}));
+        });
+    });
 }
 
 bool MemberReportForm::eventFilter(QObject* watched, QEvent* event) {
@@ -127,14 +150,18 @@ void MemberReportForm::search() {
         }
 
         CBUT5->setEnabled(false);
+        m_export->setEnabled(false);
+        m_shownCode = TXT->text();
         memberTransactions(*m_model, m_session.Conn, TXT->text(), from, to);
         MData->setColumnHidden(Id, true);
         const int widths[] = {0, 1000, 2500, 1500, 1500, 3500};
         for (int c = Type; c <= TrsNo; ++c)
             MData->setColumnWidth(c, twips(widths[c]));
+        widenToContents(MData);
         if (m_model->rowCount() > 0) {
             MData->selectRow(0);
             CBUT5->setEnabled(true);
+            m_export->setEnabled(true);
         }
     });
 }

@@ -40,6 +40,8 @@ private:
     QPushButton* CBUT0;
     QPushButton* CBUT2;
     QPushButton* CBUT5;
+    QPushButton* m_export = nullptr;
+    QString m_shownCode; // whose lines the grid holds
     QTabWidget* STab;
     QTableView* MData;
     TextGridModel* m_model;

@@ -1,6 +1,11 @@
 #include "reports/widgets.h"
 
+#include "reports/export.h"
 #include "shell/text.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QStandardPaths>
 
 #include <QFontDatabase>
 #include <QLineEdit>
@@ -51,6 +56,21 @@ QPushButton* button(const QString& name, const QString& caption, QWidget* parent
     // Enter in a box must not press a button the user did not choose.
     b->setAutoDefault(false);
     return b;
+}
+
+QPushButton* exportButton(QWidget* parent) {
+    QPushButton* b = button(u"Export"_s, u"E&xport"_s, parent);
+    b->setToolTip(u"Save to a file"_s);
+    return b;
+}
+
+void exportToFile(QWidget* parent, const QString& fileName, const QString& filter,
+                  const QByteArray& bytes) {
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    const QString path =
+        QFileDialog::getSaveFileName(parent, u"Export"_s, QDir(folder).filePath(fileName), filter);
+    if (!path.isEmpty())
+        writeExport(path, bytes);
 }
 
 } // namespace pondar::reports

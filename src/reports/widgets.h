@@ -25,5 +25,12 @@ QLineEdit* dateBox(const QString& name, const QString& day, QWidget* parent);
 // so "1/2/2024" typed into "__/__/____" is not taken for a date.
 QDate typedDate(const QLineEdit* box);
 QPushButton* button(const QString& name, const QString& caption, QWidget* parent);
+// The button that saves what a screen shows to a file.
+QPushButton* exportButton(QWidget* parent);
+// Asks where to save an export, suggesting `fileName` in the user's documents; writes the bytes
+// there. Nothing happens when the operator cancels. Throws pondar::Error when the file cannot
+// be written.
+void exportToFile(QWidget* parent, const QString& fileName, const QString& filter,
+                  const QByteArray& bytes);
 
 } // namespace pondar::reports

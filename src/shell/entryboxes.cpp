@@ -62,6 +62,10 @@ void EntryBoxes::exempt(QWidget* control) {
     m_exempt.insert(control);
 }
 
+void EntryBoxes::pressOnEnter(QLineEdit* box, QAbstractButton* button) {
+    m_enterPresses.insert(box, button);
+}
+
 bool EntryBoxes::eventFilter(QObject* watched, QEvent* event) {
     auto* box = qobject_cast<QLineEdit*>(watched);
     if (!box || !m_boxes.contains(box))
@@ -74,6 +78,11 @@ bool EntryBoxes::eventFilter(QObject* watched, QEvent* event) {
         switch (key->key()) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
+            if (QAbstractButton* button = m_enterPresses.value(box);
+                button && button->isEnabled() && button->isVisible()) {
+                pressFromKeyboard(button);
+                return true;
+            }
             sendTab(box, true);
             return true;
         case Qt::Key_Up:
@@ -159,6 +168,21 @@ void focusAgain(QWidget* control) {
     if (screen->isVisible() && !screen->isActiveWindow())
         screen->activateWindow();
     control->setFocus(Qt::OtherFocusReason);
+}
+
+void pressFromKeyboard(QAbstractButton* button) {
+    if (!button->isEnabled() || !button->isVisible())
+        return;
+    button->setFocus(Qt::ShortcutFocusReason);
+    // A refused leave has disabled the button for the keystroke in flight, or kept focus away.
+    if (button->isEnabled() && QApplication::focusWidget() == button)
+        button->click();
+}
+
+void showButtonFocus(QWidget* screen) {
+    screen->setStyleSheet(screen->styleSheet() +
+                          QStringLiteral("QPushButton:focus { border: 2px solid palette(highlight);"
+                                         " border-radius: 3px; padding: 3px 10px; }"));
 }
 
 void sendTab(QWidget* from, bool forward) {

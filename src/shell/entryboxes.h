@@ -7,6 +7,7 @@
 
 #include <functional>
 
+class QAbstractButton;
 class QFocusEvent;
 class QLineEdit;
 class QWidget;
@@ -39,6 +40,9 @@ public:
     void tabOn(QLineEdit* box);
     // Controls that focus may move to without checking the box it leaves (the cancel buttons).
     void exempt(QWidget* control);
+    // Enter in the last box of a group presses its button, once the box's check has let focus
+    // go: the cashier types the amount and Enters through to the Save.
+    void pressOnEnter(QLineEdit* box, QAbstractButton* button);
 
     static QColor focusColour();
 
@@ -54,6 +58,7 @@ private:
     QHash<QLineEdit*, Check> m_checks;
     QHash<QLineEdit*, std::function<void()>> m_down;
     QSet<QWidget*> m_exempt;
+    QHash<QLineEdit*, QAbstractButton*> m_enterPresses;
     bool m_checking = false;
 };
 
@@ -61,6 +66,13 @@ private:
 // screen asks to be the active window again rather than wait for the window system to hand
 // activation back, which some platforms never do.
 void focusAgain(QWidget* control);
+
+// Presses a button from the keyboard as a mnemonic does: focus moves to it first, so the box
+// being left is checked, and a refused leave drops the press.
+void pressFromKeyboard(QAbstractButton* button);
+
+// Gives the screen's push buttons a focus ring that reads at a glance, whatever the style.
+void showButtonFocus(QWidget* screen);
 
 // Sends the Tab keystroke of an entry screen: focus to the next control (or the previous one).
 void sendTab(QWidget* from, bool forward = true);

@@ -12,9 +12,12 @@ namespace {
 
 QMessageBox::StandardButton show(QWidget* parent, QMessageBox::Icon icon, const QString& title,
                                  const QString& text, QMessageBox::StandardButtons buttons,
+                                 QMessageBox::StandardButton preferred = QMessageBox::NoButton,
                                  const QString& detail = {}) {
     QMessageBox box(icon, title, text, buttons, parent);
     box.setObjectName(u"PondarMessage"_s);
+    if (preferred != QMessageBox::NoButton)
+        box.setDefaultButton(preferred);
     if (!detail.isEmpty())
         box.setDetailedText(detail);
     return static_cast<QMessageBox::StandardButton>(box.exec());
@@ -30,14 +33,12 @@ void showNotice(QWidget* parent, const QString& text, const QString& title) {
     show(parent, QMessageBox::Warning, title, text, QMessageBox::Ok);
 }
 
-bool askYesNo(QWidget* parent, const QString& question) {
+bool askYesNo(QWidget* parent, const QString& question, Preferred preferred,
+              const QString& detail) {
     return show(parent, QMessageBox::Question, u"Question"_s, question,
-                QMessageBox::Yes | QMessageBox::No) != QMessageBox::No;
-}
-
-bool askYesNo(QWidget* parent, const QString& question, const QString& detail) {
-    return show(parent, QMessageBox::Question, u"Question"_s, question,
-                QMessageBox::Yes | QMessageBox::No, detail) != QMessageBox::No;
+                QMessageBox::Yes | QMessageBox::No,
+                preferred == Preferred::No ? QMessageBox::No : QMessageBox::Yes,
+                detail) != QMessageBox::No;
 }
 
 bool checkInput(QWidget* parent, const QString& text) {

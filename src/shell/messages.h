@@ -16,10 +16,13 @@ void showError(QWidget* parent, const QString& text,
                const QString& title = QStringLiteral("Message"));
 void showNotice(QWidget* parent, const QString& text,
                 const QString& title = QStringLiteral("Message"));
+// Which answer Enter gives to a question: a question whose Yes destroys something leaves Yes to
+// a deliberate choice.
+enum class Preferred { Yes, No };
 // Yes/No question with the question icon, titled "Question"; true unless the answer was No.
-bool askYesNo(QWidget* parent, const QString& question);
-// The same with particulars as the box's detail text.
-bool askYesNo(QWidget* parent, const QString& question, const QString& detail);
+// With `detail`, particulars as the box's detail text.
+bool askYesNo(QWidget* parent, const QString& question, Preferred preferred = Preferred::Yes,
+              const QString& detail = {});
 
 // The input check with its message: false, after "Invalid Input Character !!!", for a code
 // holding a quote, a blank or a double quote.

@@ -2,6 +2,7 @@
 
 #include "members/memberdata.h"
 #include "shell/gridmodel.h"
+#include "shell/gridview.h"
 #include "shell/messages.h"
 #include "shell/screens.h"
 #include "shell/session.h"
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTabWidget>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -36,10 +38,8 @@ const QString NotAMember = u"Member either inactive or not Found in Database !!!
 QTableView* makeGrid(const QString& name, QWidget* parent) {
     auto* grid = new QTableView(parent);
     grid->setObjectName(name);
-    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setUpGrid(grid);
     grid->verticalHeader()->hide();
-    grid->horizontalHeader()->setStretchLastSection(true);
     return grid;
 }
 
@@ -69,6 +69,12 @@ MFMAIN::MFMAIN(SessionSettings& session, TransactionMode mode, const QString& st
     card->addRow(u"Card No"_s, makeBox(txt::CardNo, true));
     card->addRow(u"Name"_s, makeBox(txt::Name, true));
     card->addRow(u"Card Balance"_s, makeBox(txt::Balance, true));
+    // The figure the customer leans over the counter to read.
+    QFont balanceFont = TXT[txt::Balance]->font();
+    balanceFont.setPointSizeF(balanceFont.pointSizeF() * 1.8);
+    balanceFont.setBold(true);
+    TXT[txt::Balance]->setFont(balanceFont);
+    TXT[txt::Balance]->setAlignment(Qt::AlignRight);
     card->addRow(u"Pending Topup Bal."_s, makeBox(txt::Pending, true));
 
     const std::array<QString, 6> captions = {u"&Close"_s, u"&Save"_s, u"&Connect"_s,
@@ -76,8 +82,8 @@ MFMAIN::MFMAIN(SessionSettings& session, TransactionMode mode, const QString& st
     for (int i = 0; i < int(CBUT.size()); ++i) {
         CBUT[i] = new QPushButton(captions[i], this);
         CBUT[i]->setObjectName(u"CBUT(%1)"_s.arg(i));
-        // Enter moves between boxes; it must never press a Save by accident.
-        CBUT[i]->setAutoDefault(false);
+        // Enter presses the button that has focus; from a box it moves on (EntryBoxes).
+        CBUT[i]->setAutoDefault(true);
         connect(CBUT[i], &QPushButton::clicked, this, [this, i] {
             guarded(this, [&] {
                 switch (i) {
@@ -97,6 +103,28 @@ MFMAIN::MFMAIN(SessionSettings& session, TransactionMode mode, const QString& st
         });
     }
 
+    // The keys a cashier reaches without looking; each button tells its key.
+    CBUT[2]->setDefault(true);
+    const std::array<std::pair<int, QString>, 4> tips = {
+        {{0, u"Close (Esc)"_s}, {2, u"Connect (F2)"_s}, {5, u"Print (F5)"_s}, {1, u"Save (F9)"_s}}};
+    for (const auto& [i, tip] : tips)
+        CBUT[i]->setToolTip(tip);
+    CBUT[3]->setToolTip(CBUT[1]->toolTip());
+    CBUT[4]->setToolTip(CBUT[1]->toolTip());
+    const auto functionKey = [this](Qt::Key key, auto action) {
+        auto* shortcut = new QShortcut(QKeySequence(key), this);
+        connect(shortcut, &QShortcut::activated, this, action);
+    };
+    functionKey(Qt::Key_F2, [this] { pressFromKeyboard(CBUT[2]); });
+    functionKey(Qt::Key_F5, [this] { pressFromKeyboard(CBUT[5]); });
+    functionKey(Qt::Key_F9, [this] {
+        if (const int i = saveButton(); i >= 0) {
+            STab->setCurrentIndex(i == 1 ? TopUpTab : i == 3 ? WithdrawTab : AdjustmentTab);
+            pressFromKeyboard(CBUT[i]);
+        }
+    });
+    showButtonFocus(this);
+
     STab = new QTabWidget(this);
     STab->setObjectName(u"STab"_s);
     STab->addTab(topUpPage(), u"Top Up"_s);
@@ -114,8 +142,9 @@ MFMAIN::MFMAIN(SessionSettings& session, TransactionMode mode, const QString& st
     side->addWidget(pendingLabel);
     side->addWidget(PData);
     auto* top = new QHBoxLayout;
-    top->addLayout(card, 3);
-    top->addLayout(side, 2);
+    // Half the width for the pending lines, so date, reference and amount all fit.
+    top->addLayout(card, 1);
+    top->addLayout(side, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(CBUT[2]);
     buttons->addWidget(CBUT[5]);
@@ -141,6 +170,9 @@ MFMAIN::MFMAIN(SessionSettings& session, TransactionMode mode, const QString& st
     m_entry->setCheck(STCODE, [this] { return staffCodeLeft(); });
     m_entry->setOnDown(STCODE, [this] { guarded(this, [&] { staffLookup(); }); });
     m_entry->exempt(CBUT[0]);
+    m_entry->pressOnEnter(STCODE, CBUT[1]);
+    m_entry->pressOnEnter(TXT[txt::Withdraw], CBUT[3]);
+    m_entry->pressOnEnter(TXT[txt::Remark], CBUT[4]);
 
     activate();
 }
@@ -151,7 +183,9 @@ QLineEdit* MFMAIN::makeBox(int index, bool readOnly) {
     auto* box = new QLineEdit(this);
     box->setObjectName(u"TXT(%1)"_s.arg(index));
     box->setReadOnly(readOnly);
-    if (!readOnly)
+    if (readOnly)
+        box->setFocusPolicy(Qt::ClickFocus); // still selectable, never a tab stop
+    else
         m_entry->add(box);
     TXT[index] = box;
     return box;
@@ -169,6 +203,7 @@ QWidget* MFMAIN::topUpPage() {
     DownLineCode = new QLineEdit(page);
     DownLineCode->setObjectName(u"DownLineCode"_s);
     DownLineCode->setReadOnly(true); // the register owns the introducer
+    DownLineCode->setFocusPolicy(Qt::ClickFocus);
     form->addRow(u"Introduced by"_s, DownLineCode);
     form->addRow(QString(), CBUT[1]);
     return page;
@@ -200,6 +235,20 @@ QWidget* MFMAIN::historyPage() {
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(MData);
     return page;
+}
+
+int MFMAIN::saveButton() const {
+    switch (m_mode) {
+    case TransactionMode::TopUp:
+        return 1;
+    case TransactionMode::Withdraw:
+        return 3;
+    case TransactionMode::Adjustment:
+        return 4;
+    case TransactionMode::Enquiry:
+        break;
+    }
+    return -1;
 }
 
 void MFMAIN::activate() {
@@ -356,10 +405,12 @@ void MFMAIN::ClearEntry() {
 
 void MFMAIN::refreshHistory() {
     m_history->load(historyQuery(m_session.Conn, TXT[txt::CardNo]->text()), {1}, {3});
+    widenToContents(MData);
 }
 
 void MFMAIN::refreshPending() {
     m_pending->load(pendingGridQuery(m_session.Conn, TXT[txt::CardNo]->text()), {0}, {2});
+    widenToContents(PData);
 }
 
 TransactionBoxes MFMAIN::boxes() const {

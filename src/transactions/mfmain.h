@@ -46,6 +46,8 @@ private:
     QWidget* adjustmentPage();
     QWidget* historyPage();
     void activate();
+    // The Save of the screen's mode, -1 for an enquiry.
+    int saveButton() const;
 
     // Connect: false when the card could not be read (its message was shown).
     bool ReadCardToScreen();

@@ -89,8 +89,9 @@ private Q_SLOTS:
             QTest::keyClick(w, Qt::Key_F12);
             openAfterWrongPassword = w->isVisible();
             rightGate = std::make_unique<test::OnModal>(u"MESC"_s, [](QWidget* gate) {
-                QTest::keyClicks(test::child<QLineEdit>(gate, u"Text1"_s), u"KRWD3917"_s);
-                test::child<QPushButton>(gate, u"Command1"_s)->click();
+                auto* text1 = test::child<QLineEdit>(gate, u"Text1"_s);
+                QTest::keyClicks(text1, u"KRWD3917"_s);
+                QTest::keyClick(text1, Qt::Key_Return); // the confirm is the default button
             });
             QTest::keyClick(w, Qt::Key_F12);
         });
@@ -98,6 +99,22 @@ private Q_SLOTS:
         QVERIFY(display.ran() && openAfterClose && openAfterWrongPassword);
         QVERIFY(rightGate && rightGate->ran());
         QCOMPARE(messages.texts(), QStringList{u"Invalid Password !!!"_s});
+    }
+
+    // The figures grow with the window; F11 puts the display full screen.
+    void figuresScaleWithTheWindow() {
+        SessionSettings s;
+        s.Reader = makeAbsentReader();
+        test::MessageBoxes messages;
+        MFBAL display(s);
+        display.show();
+        auto* balance = test::child<QLineEdit>(&display, u"TXT(2)"_s);
+        const int small = balance->fontInfo().pixelSize();
+        display.resize(2000, 1200);
+        QTRY_VERIFY(balance->fontInfo().pixelSize() >= 2 * small);
+        QVERIFY(display.rect().contains(balance->mapTo(&display, balance->rect().bottomRight())));
+        QTest::keyClick(&display, Qt::Key_F11);
+        QVERIFY(display.isFullScreen());
     }
 };
 

@@ -121,6 +121,11 @@ private Q_SLOTS:
             w->close();
         });
         QCOMPARE(boxes.texts(), messages);
+        // Only the question that destroys a card's data leaves Yes to a deliberate choice.
+        for (const auto& seen : boxes.seen())
+            if (seen.answer != QMessageBox::Ok)
+                QCOMPARE(seen.preferred,
+                         seen.text.contains(u"overwrite"_s) ? QMessageBox::No : QMessageBox::Yes);
         QCOMPARE(f->rows(u"SELECT MemberName, sex FROM tloy_mt_member WHERE MemberCode='N0001'"_s),
                  name + u"|F"_s);
         // The card written is registered as the new member's.
@@ -188,6 +193,7 @@ private Q_SLOTS:
         QVERIFY(step.ran());
         QCOMPARE(boxes.texts(), (QStringList{u"Confirm to Remove ALICE ?"_s,
                                              u"Function Rejected !!! Transaction Found !!!"_s}));
+        QCOMPARE(boxes.seen().at(0).preferred, QMessageBox::No);
         QCOMPARE(f->rows(u"SELECT MemberCode FROM tloy_mt_member ORDER BY MemberCode"_s),
                  u"B2\nX9"_s);
         QCOMPARE(logLines(*f), u"Remove Member Code : A1/ALICE"_s);

@@ -1,7 +1,14 @@
 #include "reports/eod.h"
+#include "reports/export.h"
+#include "reports/grids.h"
 #include "reports/ledger.h"
+#include "reports/slip.h"
+#include "shell/textgrid.h"
 #include "support/fixtures.h"
 
+#include <pondar/error.h>
+
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -188,6 +195,33 @@ private Q_SLOTS:
                 << earning + u"      1.50"_s << u""_s << u"Ref:R2"_s
                 << u"03/02/2024 C2        A NAME LONGER THAN T"_s << earning + u"      2.25"_s
                 << u""_s << Rule << total(u"3.75"_s) << u""_s << End);
+    }
+
+    // A grid leaves as it is shown: captions first, formatted dates and amounts, quoting where
+    // a spreadsheet needs it and no formula run from a typed value. A report leaves as the
+    // printer gets it, without the printer's control codes.
+    void exportsAreTheBytesShown() {
+        test::Fixture f;
+        trs(f, u"2024-02-01 10:00:00"_s, u"IN"_s, u"5"_s, u"C1"_s, u"ANN"_s, u"=SUM(A1)"_s,
+            u"B,\"7\""_s);
+        trs(f, u"2024-02-02 10:00:00"_s, u"OUT"_s, u"-2.5"_s, u"C1"_s, u"ANN"_s, u"R2"_s, u"B2"_s);
+        TextGridModel grid;
+        reports::memberTransactions(grid, f.db(), u"C1"_s, QDate(2024, 2, 1), QDate(2024, 2, 3));
+        QCOMPARE(reports::csvBytes(grid, {0}),
+                 "\xEF\xBB\xBFType,Date,Ref,Value,TrsNo\r\n"
+                 "IN,01/02/2024 10:00:00,\"B,\"\"7\"\"\",5.00,'=SUM(A1)\r\n"
+                 "OUT,02/02/2024 10:00:00,B2,-2.50,R2\r\n"_ba);
+
+        const QString report = reports::staffCommission(f.db(), request());
+        const QByteArray printed = reports::printerBytes(report);
+        QCOMPARE(reports::reportFileBytes(report), printed.mid(4).chopped(6));
+
+        QTemporaryDir dir;
+        const QString path = dir.filePath(u"report.txt"_s);
+        reports::writeExport(path, "old");
+        reports::writeExport(path, reports::reportFileBytes(report));
+        QCOMPARE(test::readFile(path), reports::reportFileBytes(report));
+        QVERIFY_THROWS_EXCEPTION(Error, reports::writeExport(dir.filePath(u"no/such.txt"_s), "x"));
     }
 };
 

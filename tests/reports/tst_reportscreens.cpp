@@ -9,6 +9,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTableView>
@@ -116,6 +117,11 @@ private Q_SLOTS:
             click(eod, u"RBUT(3)"_s);
             QCOMPARE(shown(eod), asShown(report));
             click(eod, u"CBUT(5)"_s);
+            // A refused date takes the previous report off the screen.
+            td2->setText(u"30/02/2024"_s);
+            click(eod, u"RBUT(3)"_s);
+            QCOMPARE(shown(eod), QString());
+            td2->setText(u"03/02/2024"_s);
             // A card number too wide for its column stops that report, with no log line.
             click(eod, u"RBUT(1)"_s);
             QCOMPARE(shown(eod), QString());
@@ -126,7 +132,8 @@ private Q_SLOTS:
         QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(report));
         const QStringList told = boxes.texts();
         QCOMPARE(told.mid(0, 2), (QStringList{u"Invalid Date Input !!!"_s, u"Invalid Date !!!"_s}));
-        QCOMPARE(told.size(), 3);
+        QCOMPARE(told.value(2), u"Invalid Date Input !!!"_s);
+        QCOMPARE(told.size(), 4);
         QVERIFY2(told.last().contains(u"C12345678901"_s), qPrintable(told.last()));
         QCOMPARE(f.rows(u"SELECT StaffCode,Description FROM Customize_Log"_s),
                  u"S1|View Report Staff Commission From 01/02/2024 to 03/02/2024"_s);
@@ -144,7 +151,7 @@ private Q_SLOTS:
 
         test::MessageBoxes boxes;
         test::OnModal form(u"MFLOG"_s, [&](QWidget* log) {
-            click(log, u"Command2"_s);
+            // Filled for the business date as it opens.
             QCOMPARE(gridText(test::child<QTableView>(log, u"DataGrid1"_s)->model()),
                      (QStringList{u"Date|Staff|Name|Description"_s,
                                   u"02/02/2024 00:30:00|S1|ALI|after midnight"_s}));
@@ -166,20 +173,31 @@ private Q_SLOTS:
         SessionSettings s = sessionFor(f);
 
         test::MessageBoxes boxes;
-        QString slipShown;
+        QString slipShown, opened;
         test::OnModal slip(u"PFORM"_s, [&](QWidget* form) {
             slipShown = shown(form);
             click(form, u"Command2"_s);
         });
         test::OnModal form(u"MRPT"_s, [&](QWidget* rpt) {
+            opened = test::child<QLineEdit>(rpt, u"TD(1)"_s)->text() + u'-' +
+                     test::child<QLineEdit>(rpt, u"TD(2)"_s)->text();
+            test::child<QLineEdit>(rpt, u"TD(1)"_s)->setText(u"01/02/2024"_s);
             test::child<QLineEdit>(rpt, u"TD(2)"_s)->setText(u"03/02/2024"_s);
-            test::child<QLineEdit>(rpt, u"TXT"_s)->setText(u"C1"_s);
-            click(rpt, u"CBUT(0)"_s);
+            auto* code = test::child<QLineEdit>(rpt, u"TXT"_s);
+            code->setText(u"C1"_s);
+            QTest::keyClick(code, Qt::Key_Return); // Search is the default button
             auto* grid = test::child<QTableView>(rpt, u"MData"_s);
             QCOMPARE(gridText(grid->model()),
                      (QStringList{u"ID|Type|Date|Ref|Value|TrsNo"_s,
                                   u"2|IN|01/02/2024 00:00:01|B-R1|5.00|R1"_s,
                                   u"3|PED|03/02/2024 23:59:59|B-R2|2.50|R2"_s}));
+            // Amounts right-aligned, every column as wide as its values, one line to a row.
+            QCOMPARE(grid->model()->index(0, 4).data(Qt::TextAlignmentRole).value<Qt::Alignment>(),
+                     Qt::AlignRight | Qt::AlignVCenter);
+            for (int c = 1; c < 5; ++c)
+                QVERIFY(grid->columnWidth(c) >=
+                        static_cast<QAbstractItemView*>(grid)->sizeHintForColumn(c));
+            QVERIFY(!grid->wordWrap() && grid->horizontalHeader()->stretchLastSection());
             grid->setCurrentIndex(grid->model()->index(0, 1));
             click(rpt, u"CBUT(5)"_s);
             QVERIFY(slipShown.contains(u"RefNo#   : R1\n"_s));
@@ -191,6 +209,7 @@ private Q_SLOTS:
         showMemberReport(s);
         QVERIFY(form.ran());
         QCOMPARE(boxes.texts(), QStringList{u"Invalid Date !!!"_s});
+        QCOMPARE(opened, u"02/01/2024-01/02/2024"_s);
     }
 };
 

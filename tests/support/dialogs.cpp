@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QPushButton>
 #include <QTest>
 
 #include <utility>
@@ -43,7 +44,9 @@ void MessageBoxes::poll() {
     QMessageBox::StandardButton answer = QMessageBox::Ok;
     if (box->standardButtons().testFlag(QMessageBox::Yes))
         answer = m_answers.isEmpty() ? QMessageBox::No : m_answers.takeFirst();
-    m_seen.append({box->windowTitle(), box->text(), box->icon(), answer});
+    const QMessageBox::StandardButton preferred =
+        box->defaultButton() ? box->standardButton(box->defaultButton()) : QMessageBox::NoButton;
+    m_seen.append({box->windowTitle(), box->text(), box->icon(), answer, preferred});
     if (QAbstractButton* button = box->button(answer))
         button->click();
     else

@@ -39,6 +39,7 @@ public:
         QString text;
         QMessageBox::Icon icon;
         QMessageBox::StandardButton answer;
+        QMessageBox::StandardButton preferred; // what Enter would have answered
     };
 
     MessageBoxes();

@@ -6,6 +6,7 @@
 #include "transactions/save.h"
 #include "transactions/till.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -50,12 +51,83 @@ struct Screens {
         , main(u"MFMAIN"_s, std::move(step)) {}
 };
 
+// A key to whatever has focus, as the cashier's keyboard sends it.
+void key(Qt::Key k) {
+    QTest::keyClick(QApplication::focusWidget(), k);
+}
+
 } // namespace
 
 class TestTransactionScreen final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    // A top-up without the mouse: the staff code and Enter twice, F2 for Connect, then Enter
+    // through the amount, the extra and the staff box presses Save.
+    void topUpByKeyboard() {
+        Till till;
+        till.maxWithPending();
+        test::MessageBoxes boxes;
+        boxes.queue(QMessageBox::Yes);
+        test::OnModal staff(u"MFCOMM"_s, [](QWidget* w) {
+            QVERIFY(QTest::qWaitForWindowActive(w));
+            QTest::keyClicks(QApplication::focusWidget(), u"s01"_s);
+            key(Qt::Key_Return);
+            key(Qt::Key_Return);
+        });
+        QStringList focusPath;
+        QString tips;
+        test::OnModal main(u"MFMAIN"_s, [&](QWidget* w) {
+            QVERIFY(QTest::qWaitForWindowActive(w));
+            for (int i : {0, 2, 5, 1})
+                tips += child<QPushButton>(w, u"CBUT(%1)"_s.arg(i))->toolTip() + u' ';
+            key(Qt::Key_F2);
+            for (int i = 0; i < 3; ++i) {
+                focusPath << QApplication::focusWidget()->objectName();
+                key(Qt::Key_Return);
+            }
+        });
+        QVERIFY(till.start(u"TOPUP"_s, u"100"_s));
+        QVERIFY(staff.ran() && main.ran());
+        QCOMPARE(focusPath, (QStringList{u"TXT(4)"_s, u"TXT(11)"_s, u"STCODE"_s}));
+        QCOMPARE(tips, u"Close (Esc) Connect (F2) Print (F5) Save (F9) "_s);
+        QCOMPARE(boxes.texts(), QStringList{u"Confirm to Add in value : 110.00 to Card ?"_s});
+        QCOMPARE(till.cardValue(), u"135"_s);
+        QCOMPARE(till.f.rows(u"SELECT StaffCode FROM Customize_StaffComm"_s), u"S01"_s);
+    }
+
+    // Escape closes the screen as Close does; F9 saves the mode's tab from a box; the card's
+    // read-only boxes are no tab stops.
+    void functionKeysAndEscape() {
+        Till till;
+        till.f.addMember(u"000123"_s, u"Max"_s);
+        till.card(u"000123"_s, u"Max"_s, u"20"_s);
+        test::MessageBoxes boxes;
+        {
+            Screens escaped([](QWidget* w) {
+                QVERIFY(QTest::qWaitForWindowActive(w));
+                key(Qt::Key_F2);
+                key(Qt::Key_Escape);
+            });
+            QVERIFY(!till.start(u"WITHDRAW"_s));
+            QVERIFY(escaped.main.ran());
+        }
+        boxes.queue(QMessageBox::Yes);
+        bool cardBoxesSkipped = false;
+        Screens screens([&](QWidget* w) {
+            QVERIFY(QTest::qWaitForWindowActive(w));
+            key(Qt::Key_F2);
+            cardBoxesSkipped = box(w, 0)->focusPolicy() == Qt::ClickFocus &&
+                               box(w, 2)->focusPolicy() == Qt::ClickFocus;
+            QTest::keyClicks(box(w, 8), u"7.5"_s);
+            key(Qt::Key_F9);
+        });
+        QVERIFY(till.start(u"WITHDRAW"_s));
+        QVERIFY(cardBoxesSkipped);
+        QCOMPARE(till.cardValue(), u"12.5"_s);
+        QCOMPARE(boxes.texts().size(), 1);
+    }
+
     // Balance 20.00, pending 5.00, top-up 100.00 with 10 % extra, ServerComm 2, DownComm 5 for
     // the introducer 000045: every row, the card, the hand-off and the slip to the cent.
     void topUpWorkedExample() {
