@@ -25,11 +25,17 @@ BalanceTexts pollBalance(SessionSettings& session) {
         return texts;
     }
     texts.name = data.name;
+    const LedgerBalance ledger = ledgerBalanceOf(session, data.code);
     // A customer never sees value the ledger does not hold.
     if (result == ReadResult::Ok)
-        texts.balance =
-            (session.LedgerCheck ? ledgerBalanceOf(session, data.code).balance : data.balance)
-                .format();
+        texts.balance = (session.LedgerCheck ? ledger.balance : data.balance).format();
+    texts.lastRef = ledger.lastRef;
+    const std::optional<TransactionMode> mode = modeOfLine(ledger.lastType);
+    const QString word = !mode                                ? ledger.lastType
+                         : *mode == TransactionMode::TopUp    ? u"Top Up"_s
+                         : *mode == TransactionMode::Withdraw ? u"Withdraw"_s
+                                                              : u"Adjustment"_s;
+    texts.lastLine = word + u' ' + ledger.lastValue.format();
     texts.pending = pendingBalance(session.Conn, data.code).format();
     return texts;
 }

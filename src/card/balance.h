@@ -18,6 +18,9 @@ struct BalanceTexts {
     QString name;
     QString balance;
     QString pending;
+    // The card's latest ledger line: a display that sees it change shows what just happened.
+    QString lastRef;
+    QString lastLine; // "Top Up 110.00"
 };
 
 // One look at the reader, silent whatever fails. A card whose balance cannot be read still

@@ -42,6 +42,15 @@ MFBAL::MFBAL(SessionSettings& session, QWidget* parent)
         grid->addWidget(box, i, 1);
         m_txt[std::size_t(i)] = box;
     }
+    m_done = new QLabel(m_frame);
+    m_done->setObjectName(u"LastTransaction"_s);
+    m_done->setAlignment(Qt::AlignCenter);
+    m_done->hide();
+    grid->addWidget(m_done, 4, 0, 1, 2);
+    m_doneTimer = new QTimer(this);
+    m_doneTimer->setSingleShot(true);
+    m_doneTimer->setInterval(5000);
+    connect(m_doneTimer, &QTimer::timeout, m_done, &QWidget::hide);
     setFocusPolicy(Qt::StrongFocus);
     setToolTip(u"F11: full screen"_s);
     resize(720, 360);
@@ -75,6 +84,15 @@ void MFBAL::refresh() {
         m_txt[1]->setText(texts.name);
         m_txt[2]->setText(texts.balance);
         m_txt[3]->setText(texts.pending);
+        // The same card with a new latest line: a Save just went through at the till.
+        if (!texts.cardNo.isEmpty() && texts.cardNo == m_seenCard && texts.lastRef != m_seenRef &&
+            !texts.lastRef.isEmpty()) {
+            m_done->setText(texts.lastLine + u"   New Balance : "_s + texts.balance);
+            m_done->show();
+            m_doneTimer->start();
+        }
+        m_seenCard = texts.cardNo;
+        m_seenRef = texts.lastRef;
     });
     m_timer->start();
 }

@@ -6,6 +6,7 @@
 #include <array>
 
 class QFrame;
+class QLabel;
 class QLineEdit;
 class QTimer;
 
@@ -43,6 +44,11 @@ private:
     std::array<QLineEdit*, 4> m_txt{};
     QTimer* m_timer = nullptr;
     QString m_lastError; // shown once while it lasts
+    // After a Save on the card in view, what it did and the new balance, for a few seconds.
+    QLabel* m_done = nullptr;
+    QTimer* m_doneTimer = nullptr;
+    QString m_seenCard;
+    QString m_seenRef;
 };
 
 } // namespace card

@@ -37,14 +37,17 @@ void AddIntroducerCredit(const QSqlDatabase& db, const Posting& p, Currency topU
 }
 
 LedgerBalance ledgerBalance(const QSqlDatabase& db, const QString& cardNo) {
-    auto q = db::exec(db,
-                      db::firstRowOnly(db, u"SELECT NewValue,RefTrsNo FROM Customize_Transaction "
-                                           "WHERE CardNo=? AND Billtype<>'PED' ORDER BY ID DESC"_s),
-                      {cardNo});
+    auto q = db::exec(
+        db,
+        db::firstRowOnly(db, u"SELECT NewValue,RefTrsNo,Billtype,PValue FROM Customize_Transaction "
+                             "WHERE CardNo=? AND Billtype<>'PED' ORDER BY ID DESC"_s),
+        {cardNo});
     LedgerBalance out;
     if (q.next()) {
         out.balance = db::readMoney(q.value(0));
         out.lastRef = q.value(1).toString();
+        out.lastType = q.value(2).toString();
+        out.lastValue = db::readMoney(q.value(3));
     }
     return out;
 }

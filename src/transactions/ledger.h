@@ -37,6 +37,8 @@ void AddIntroducerCredit(const QSqlDatabase& db, const Posting& posting, Currenc
 struct LedgerBalance {
     Currency balance;
     QString lastRef;
+    QString lastType;   // that line's bill type code
+    Currency lastValue; // and the value it moved
 };
 LedgerBalance ledgerBalance(const QSqlDatabase& db, const QString& cardNo);
 

@@ -6,6 +6,7 @@
 #include "support/dialogs.h"
 #include "support/fixtures.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -63,6 +64,15 @@ private Q_SLOTS:
                 card.writeField(ValueSector, u"VALUE"_s, u"9999"_s));
         display.refresh();
         QCOMPARE(boxes(&display), u"000001|TAN AH KOW|1234.50|25.00"_s);
+        auto* done = test::child<QLabel>(&display, u"LastTransaction"_s);
+        QVERIFY(done->isHidden());
+        // A Save at the till while the card is in view: shown with the new balance.
+        db::exec(f.db(),
+                 u"INSERT INTO Customize_Transaction (CardNo,Billtype,PValue,NewValue,RefTrsNo) "
+                 "VALUES ('000001','IN',10,1244.5,'R2')"_s);
+        display.refresh();
+        QVERIFY(!done->isHidden());
+        QCOMPARE(done->text(), u"Top Up 10.00   New Balance : 1244.50"_s);
 
         sim.takeAway();
         display.refresh();
