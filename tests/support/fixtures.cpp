@@ -117,10 +117,12 @@ bool Fixture::overPostgreSql() {
     return qEnvironmentVariable("PONDAR_TEST_DB") == u"pgsql"_s;
 }
 
-QSqlDatabase Fixture::openAnother(const QString& connection) const {
+QSqlDatabase Fixture::openAnother(const QString& connection, const QString& login) const {
     QSqlDatabase db;
     if (overPostgreSql()) {
         db = postgreSql(connection, m_database);
+        if (!login.isEmpty())
+            db.setUserName(login);
     } else {
         const QSqlDatabase own = this->db();
         db = QSqlDatabase::addDatabase(own.driverName(), connection);

@@ -27,8 +27,9 @@ public:
     static bool overOdbc();
     static bool overPostgreSql();
 
-    // A further connection, under the given name, to the same database (the caller removes it).
-    QSqlDatabase openAnother(const QString& connection) const;
+    // A further connection, under the given name, to the same database (the caller removes it);
+    // on pgsql as the given login when one is named.
+    QSqlDatabase openAnother(const QString& connection, const QString& login = {}) const;
     // The fixture's database as the demo host's --pgsql takes it (pgsql only).
     QString postgreSqlOptions() const;
 

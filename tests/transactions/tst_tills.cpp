@@ -9,6 +9,7 @@
 #include <QSqlError>
 #include <QTest>
 #include <QTextStream>
+#include <QUuid>
 
 #include <array>
 
@@ -266,6 +267,50 @@ private Q_SLOTS:
         QCOMPARE(till.f.rows(u"SELECT Billtype,PValue FROM Customize_Transaction "
                              "WHERE RefTrsNo<>'OPENING' ORDER BY Billtype"_s),
                  u"IN|50\nPED|5"_s);
+    }
+
+    // A login with only the grants the README lists: no right to create, yet StartApp's table
+    // check finds what the DBA made and creates nothing, and a Save, the member register's
+    // writes and the report grids run.
+    void leastPrivilegedLogin() {
+        if (!test::Fixture::overPostgreSql())
+            QSKIP("Logins and grants are a server's: this runs on PostgreSQL only.");
+        test::SaveTill till;
+        till.f.addMember(u"000045"_s, u"Ida"_s);
+        till.maxWithPending(u"000045"_s);
+        const QString role = u"till_"_s + QUuid::createUuid().toString(QUuid::Id128);
+        const QString database = till.f.postgreSqlOptions().section(u' ', 1, 1).mid(7);
+        for (const QString& grant :
+             QStringList{u"CREATE ROLE "_s + role + u" LOGIN"_s,
+                         u"REVOKE CREATE ON SCHEMA public FROM PUBLIC"_s,
+                         u"REVOKE CREATE ON DATABASE "_s + database + u" FROM PUBLIC"_s,
+                         u"GRANT USAGE ON SCHEMA public TO "_s + role,
+                         u"GRANT SELECT ON tpay_mt_staff TO "_s + role,
+                         u"GRANT SELECT, INSERT, UPDATE, DELETE ON tloy_mt_member TO "_s + role,
+                         u"GRANT SELECT, INSERT, UPDATE ON Customize_Transaction, Customize_Topup, "
+                         "Customize_StaffComm, Customize_Log TO "_s +
+                             role})
+            db::exec(till.f.db(), grant);
+        {
+            QSqlDatabase login = till.f.openAnother(u"login"_s, role);
+            QVERIFY_THROWS_EXCEPTION(db::DatabaseError,
+                                     db::exec(login, u"CREATE TABLE probe (x int)"_s));
+            db::ensureSchema(login);
+            till.s.Conn = login;
+            till.connect();
+            till.boxes.topUp = u"50"_s;
+            QCOMPARE(till.save(TransactionMode::TopUp).status, Status::Posted);
+            db::exec(login, u"UPDATE tloy_mt_member SET MemberName='Maxi' WHERE MemberCode=?"_s,
+                     {u"000123"_s});
+            QVERIFY(db::hasRow(login, u"SELECT MemberCode as [CardNo] FROM tloy_mt_member "
+                                      "WHERE MemberName='Maxi'"_s));
+            till.s.Conn = till.f.db();
+            login.close();
+        }
+        QSqlDatabase::removeDatabase(u"login"_s);
+        QCOMPARE(ledger(till.f, u"000123"_s), Currency::parse(u"75"_s));
+        db::exec(till.f.db(), u"DROP OWNED BY "_s + role);
+        db::exec(till.f.db(), u"DROP ROLE "_s + role);
     }
 };
 
