@@ -9,11 +9,15 @@
 // --flat-db adds a second, smaller ledger and prints the cost per printed line on both. --sync sets
 // SQLite's synchronous mode for the Save timings; with FULL, the default, a Save waits for the disk
 // at each of its statements.
+//   pondar-bench --tills N --pgsql "host=... dbname=... user=..." [--seconds S]
+// times Saves per second for 1, 2, 4, ... N till processes at once against one PostgreSQL
+// database (tables and members made there when missing), with the ratio to one till.
 
 #include "cardcount.h"
 #include "floor.h"
 #include "ledger.h"
 #include "register.h"
+#include "tills.h"
 
 #include "reports/eod.h"
 #include "reports/grids.h"
@@ -498,9 +502,30 @@ int main(int argc, char** argv) {
         u"register-members"_s, u"Members in the register's own table."_s, u"n"_s, u"100000"_s);
     const QCommandLineOption only(
         u"only"_s, u"Measure only the reports whose name holds this text."_s, u"text"_s);
+    const QCommandLineOption tills(u"tills"_s, u"Till processes at most, on PostgreSQL."_s, u"n"_s);
+    const QCommandLineOption pgsql(u"pgsql"_s, u"PostgreSQL connection for --tills."_s,
+                                   u"connection"_s);
+    const QCommandLineOption seconds(u"seconds"_s, u"Seconds of each --tills timing."_s, u"s"_s,
+                                     u"5"_s);
+    const QCommandLineOption worker(u"till-worker"_s, u"(internal) one till of --tills."_s, u"n"_s);
     parser.addOptions({dbOption, members, lines, pending, days, sites, flatDb, flatLines, sync,
-                       runs, only, registerMembersOption});
+                       runs, only, registerMembersOption, tills, pgsql, seconds, worker});
     parser.process(app);
+
+    if (parser.isSet(tills) || parser.isSet(worker)) {
+        try {
+            if (!parser.isSet(pgsql))
+                throw Error(u"--tills runs against a server: give --pgsql"_s);
+            const int ms = std::max(100, int(parser.value(seconds).toDouble() * 1000));
+            if (parser.isSet(worker))
+                return bench::runTillWorker(parser.value(worker).toInt(), parser.value(pgsql), ms);
+            return bench::runTills(std::max(1, parser.value(tills).toInt()), parser.value(pgsql),
+                                   ms, QCoreApplication::applicationFilePath());
+        } catch (const Error& e) {
+            std::fprintf(stderr, "pondar-bench: %s\n", qPrintable(e.message()));
+            return 1;
+        }
+    }
 
     bench::LedgerSize size;
     size.members = std::max(10, parser.value(members).toInt());

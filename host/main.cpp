@@ -68,6 +68,34 @@ bool asksForHelp(int argc, char** argv) {
     return false;
 }
 
+// Takes libpq's "key=value key=value" form: the keys Qt has fields for go there, any other
+// (sslmode=..., connect_timeout=...) into the driver's options. An empty text when usable.
+QString usePostgreSql(QSqlDatabase& db, const QString& connection) {
+    QStringList options;
+    for (const QString& pair : connection.split(u' ', Qt::SkipEmptyParts)) {
+        const qsizetype eq = pair.indexOf(u'=');
+        if (eq <= 0)
+            return u"Cannot read \""_s + pair +
+                   u"\" of the PostgreSQL connection: use key=value."_s;
+        const QString key = pair.left(eq);
+        const QString value = pair.mid(eq + 1);
+        if (key == u"host"_s)
+            db.setHostName(value);
+        else if (key == u"port"_s)
+            db.setPort(value.toInt());
+        else if (key == u"dbname"_s)
+            db.setDatabaseName(value);
+        else if (key == u"user"_s)
+            db.setUserName(value);
+        else if (key == u"password"_s)
+            db.setPassword(value);
+        else
+            options << pair;
+    }
+    db.setConnectOptions(options.join(u';'));
+    return {};
+}
+
 // Pictures a component screen as a person sees it: opens it from the host window's button,
 // lets it read the demo card on the reader, saves the window to a PNG and closes the screen.
 int screenshotOfScreen(HostWindow& window, const QString& screen, const QString& file) {
@@ -150,6 +178,12 @@ void addOptions(QCommandLineParser& parser) {
         "instead of the SQLite file in the data folder."_s,
         u"connection"_s);
     parser.addOption(odbcOption);
+    const QCommandLineOption pgsqlOption(
+        u"pgsql"_s,
+        u"Keep the host's tables in this PostgreSQL database (\"host=... dbname=... user=...\", "
+        "also port and password) instead of the SQLite file in the data folder."_s,
+        u"connection"_s);
+    parser.addOption(pgsqlOption);
     const QCommandLineOption readerOption(
         u"reader"_s,
         u"The card reader: sim (simulated cards in the data folder, the default), pcsc (the "
@@ -207,8 +241,17 @@ int main(int argc, char** argv) {
     const DemoData data(QDir(option("data")).absolutePath());
     QDir().mkpath(data.folder);
     const bool odbc = isSet("odbc");
-    QSqlDatabase db = QSqlDatabase::addDatabase(odbc ? u"QODBC"_s : u"QSQLITE"_s, u"host"_s);
-    db.setDatabaseName(odbc ? option("odbc") : data.database);
+    QSqlDatabase db;
+    if (isSet("pgsql")) {
+        db = QSqlDatabase::addDatabase(u"QPSQL"_s, u"host"_s);
+        if (const QString error = usePostgreSql(db, option("pgsql")); !error.isEmpty()) {
+            QMessageBox::critical(nullptr, u"Pondar demo host"_s, error);
+            return 1;
+        }
+    } else {
+        db = QSqlDatabase::addDatabase(odbc ? u"QODBC"_s : u"QSQLITE"_s, u"host"_s);
+        db.setDatabaseName(odbc ? option("odbc") : data.database);
+    }
     if (!db.open()) {
         QMessageBox::critical(nullptr, u"Pondar demo host"_s,
                               u"Cannot open the demo database "_s + db.databaseName() + u"\n\n"_s +

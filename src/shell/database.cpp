@@ -1,5 +1,6 @@
 #include "shell/database.h"
 
+#include <QRegularExpression>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QStringList>
@@ -16,6 +17,8 @@ extern const char* const SqliteCustomizeDdl;
 extern const char* const SqliteHostDdl;
 extern const char* const SqlServerCustomizeDdl;
 extern const char* const SqlServerHostDdl;
+extern const char* const PostgreSqlCustomizeDdl;
+extern const char* const PostgreSqlHostDdl;
 } // namespace detail
 
 namespace {
@@ -63,16 +66,40 @@ bool sqlServerObjectExists(const QSqlDatabase& db, const QString& statement) {
                   {name, table});
 }
 
-void runDdl(const QSqlDatabase& db, const char* sqlite, const char* sqlServer) {
+// PostgreSQL checks the right to create before it looks for the name, so "IF NOT EXISTS" alone
+// would fail for a login without CREATE even where the DBA made the tables. to_regclass resolves
+// a table or index name through the search path, as the component's statements will.
+bool postgreSqlObjectExists(const QSqlDatabase& db, const QString& statement) {
+    // "CREATE EXTENSION IF NOT EXISTS name", "CREATE TABLE name (", "CREATE INDEX name ON ...".
+    const QStringList words = statement.simplified().split(u' ');
+    if (words.size() < 3)
+        return false;
+    if (words.at(1).compare(u"EXTENSION"_s, Qt::CaseInsensitive) == 0)
+        return hasRow(db, u"SELECT 1 FROM pg_extension WHERE extname = ?"_s, {words.last()});
+    const QString name = words.at(2).section(u'(', 0, 0);
+    return hasRow(db, u"SELECT 1 WHERE to_regclass(?) IS NOT NULL"_s, {name});
+}
+
+void runDdl(const QSqlDatabase& db, const char* sqlite, const char* sqlServer,
+            const char* postgreSql) {
     requireOpen(db);
-    if (dialect(db) == Dialect::SQLite) {
+    switch (dialect(db)) {
+    case Dialect::SQLite:
         for (const QString& statement : statements(sqlite))
             exec(db, statement);
         return;
-    }
-    for (const QString& statement : statements(sqlServer)) {
-        if (!sqlServerObjectExists(db, statement))
-            exec(db, statement);
+    case Dialect::SqlServer:
+        for (const QString& statement : statements(sqlServer)) {
+            if (!sqlServerObjectExists(db, statement))
+                exec(db, statement);
+        }
+        return;
+    case Dialect::PostgreSql:
+        for (const QString& statement : statements(postgreSql)) {
+            if (!postgreSqlObjectExists(db, statement))
+                exec(db, statement);
+        }
+        return;
     }
 }
 
@@ -81,12 +108,16 @@ void runDdl(const QSqlDatabase& db, const char* sqlite, const char* sqlServer) {
 Dialect dialect(const QSqlDatabase& db) {
     if (db.driverName() == u"QSQLITE"_s)
         return Dialect::SQLite;
+    if (db.driverName() == u"QPSQL"_s)
+        return Dialect::PostgreSql;
     QSqlDriver* driver = db.driver();
     if (!driver)
         return Dialect::SqlServer;
     switch (driver->dbmsType()) {
     case QSqlDriver::SQLite:
         return Dialect::SQLite;
+    case QSqlDriver::PostgreSQL:
+        return Dialect::PostgreSql;
     case QSqlDriver::MSSqlServer:
     case QSqlDriver::Sybase:
         return Dialect::SqlServer;
@@ -129,9 +160,60 @@ void countOpen(QSqlDriver* driver, int change) {
         driver->setProperty(OpenResults, openResults(driver) + change);
 }
 
-QSqlQuery run(const QSqlDatabase& db, const QString& sql, const QVariantList& values,
+// PostgreSQL names a result column that is a bare column in lower case, where the other engines
+// keep the case it is written in, which the grids show as their headings: such a column of the
+// outer select list gets its written name as an alias.
+QString keepColumnCase(const QString& sql) {
+    static const QRegularExpression head(u"^\\s*select\\s+"_s,
+                                         QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression bare(u"^(?:[A-Za-z_]\\w*\\.)?([A-Za-z_]\\w*)$"_s);
+    const QRegularExpressionMatch start = head.match(sql);
+    if (!start.hasMatch())
+        return sql;
+    QString out = sql.left(start.capturedEnd());
+    int depth = 0;
+    qsizetype item = start.capturedEnd();
+    for (qsizetype i = item; i <= sql.size(); ++i) {
+        const QChar c = i < sql.size() ? sql.at(i) : QChar(u',');
+        if (c == u'(')
+            ++depth;
+        else if (c == u')')
+            --depth;
+        const bool atFrom = depth == 0 && i + 5 < sql.size() && c.isSpace() &&
+                            sql.mid(i + 1, 4).compare(u"from"_s, Qt::CaseInsensitive) == 0 &&
+                            sql.at(i + 5).isSpace();
+        if (depth != 0 || (c != u',' && !atFrom))
+            continue;
+        const QString text = sql.mid(item, i - item);
+        const QRegularExpressionMatch column = bare.match(text.trimmed());
+        out += text;
+        if (column.hasMatch() && column.captured(1) != column.captured(1).toLower())
+            out += u" AS \""_s + column.captured(1) + u'"';
+        if (atFrom || i >= sql.size())
+            return out + sql.mid(i);
+        out += c;
+        item = i + 1;
+    }
+    return sql;
+}
+
+// The statements name result columns as SQL Server does, "[Name]" or 'Name'; PostgreSQL quotes
+// names with double quotes only. Values are always bound, so no text literal is touched.
+QString postgreSqlNames(const QString& sql) {
+    static const QRegularExpression bracketed(u"\\[([^\\]']*)\\]"_s);
+    static const QRegularExpression quotedAlias(u"\\b(as\\s+)'([^']*)'"_s,
+                                                QRegularExpression::CaseInsensitiveOption);
+    QString out = sql;
+    out.replace(bracketed, u"\"\\1\""_s);
+    out.replace(quotedAlias, u"\\1\"\\2\""_s);
+    return keepColumnCase(out);
+}
+
+QSqlQuery run(const QSqlDatabase& db, const QString& given, const QVariantList& values,
               bool forwardOnly) {
     requireOpen(db);
+    const bool postgreSql = dialect(db) == Dialect::PostgreSql;
+    const QString sql = postgreSql ? postgreSqlNames(given) : given;
     if (openResults(db.driver()) > 0)
         throw DatabaseError(u"A statement ran while another result was still being read on the "
                             "same connection, which SQL Server does not allow.\n\n"_s +
@@ -141,6 +223,13 @@ QSqlQuery run(const QSqlDatabase& db, const QString& sql, const QVariantList& va
     // Decimals as exact text where the driver has it (ODBC: money on SQL Server), not as a
     // double; readMoney takes both. The SQLite driver gives doubles either way.
     query.setNumericalPrecisionPolicy(QSql::HighPrecision);
+    // Qt's PostgreSQL driver prepares on the server, where DDL and transaction control cannot
+    // be prepared; a statement without values has nothing to gain from it anyway.
+    if (postgreSql && values.isEmpty()) {
+        if (!query.exec(sql))
+            fail(query.lastError(), sql);
+        return query;
+    }
     if (!query.prepare(sql))
         fail(query.lastError(), sql);
     std::optional<Dialect> engine;
@@ -217,6 +306,7 @@ bool hasRow(const QSqlDatabase& db, const QString& sql, const QVariantList& valu
 }
 
 QString firstRowOnly(const QSqlDatabase& db, const QString& select) {
+    // PostgreSQL writes it as SQLite does.
     if (dialect(db) == Dialect::SqlServer)
         return u"SELECT TOP 1 "_s + select.mid(7);
     return select + u" LIMIT 1"_s;
@@ -226,8 +316,14 @@ namespace {
 
 const QString Savepoint = u"pondar_save"_s;
 
-// SQL Server counts the transactions a connection has open; other engines refuse a second BEGIN.
+// SQL Server counts the transactions a connection has open; SQLite refuses a second BEGIN.
+// PostgreSQL only warns at a second BEGIN, but refuses a savepoint outside a transaction: so
+// there the savepoint is the test, and when it is taken the host's transaction is open.
 bool hostTransactionOpen(const QSqlDatabase& db, Dialect engine) {
+    if (engine == Dialect::PostgreSql) {
+        QSqlQuery probe(db);
+        return probe.exec(u"SAVEPOINT "_s + Savepoint);
+    }
     if (engine != Dialect::SqlServer)
         return false;
     auto q = exec(db, u"SELECT @@TRANCOUNT"_s);
@@ -236,19 +332,39 @@ bool hostTransactionOpen(const QSqlDatabase& db, Dialect engine) {
 
 } // namespace
 
-Transaction::Transaction(const QSqlDatabase& db)
+Transaction::Transaction(const QSqlDatabase& db, const QString& card)
     : m_db(db)
     , m_dialect(dialect(db)) {
     requireOpen(db);
-    if (hostTransactionOpen(db, m_dialect) || !m_db.transaction()) {
+    if (openResults(db.driver()) > 0)
+        throw DatabaseError(u"A transaction began while another result was still being read on "
+                            "the same connection, which SQL Server does not allow."_s);
+    if (hostTransactionOpen(db, m_dialect)) {
+        if (m_dialect == Dialect::SqlServer)
+            exec(m_db, u"SAVE TRANSACTION "_s + Savepoint);
+        m_savepoint = true;
+    } else if (!m_db.transaction()) {
         exec(m_db, m_dialect == Dialect::SqlServer ? u"SAVE TRANSACTION "_s + Savepoint
                                                    : u"SAVEPOINT "_s + Savepoint);
         m_savepoint = true;
     }
     m_open = true;
     try {
-        // A write that changes nothing, so the lock is taken now.
-        exec(m_db, u"UPDATE Customize_Transaction SET CardNo=CardNo WHERE 1=0"_s);
+        if (m_dialect == Dialect::PostgreSql) {
+            // Row versions let tills read past each other; what must wait is two Saves of one
+            // card, so the lock is the card's own (all cards share one when none is named).
+            // Codes compare without regard to case, and so do their locks.
+            // A till stuck in its Save must not hold the others for ever: without a limit of
+            // the login's own, the wait ends after 5 seconds, as SQLite's does.
+            exec(m_db,
+                 u"SELECT set_config('lock_timeout', CASE current_setting('lock_timeout') "
+                 "WHEN '0' THEN '5s' ELSE current_setting('lock_timeout') END, true), "
+                 "pg_advisory_xact_lock(hashtext(upper(?)))"_s,
+                 {card.isEmpty() ? u"*"_s : card.trimmed()});
+        } else {
+            // A write that changes nothing, so the lock is taken now.
+            exec(m_db, u"UPDATE Customize_Transaction SET CardNo=CardNo WHERE 1=0"_s);
+        }
     } catch (...) {
         rollback();
         throw;
@@ -292,11 +408,12 @@ void Transaction::rollback() noexcept {
 }
 
 void ensureSchema(const QSqlDatabase& db) {
-    runDdl(db, detail::SqliteCustomizeDdl, detail::SqlServerCustomizeDdl);
+    runDdl(db, detail::SqliteCustomizeDdl, detail::SqlServerCustomizeDdl,
+           detail::PostgreSqlCustomizeDdl);
 }
 
 void createHostTables(const QSqlDatabase& db) {
-    runDdl(db, detail::SqliteHostDdl, detail::SqlServerHostDdl);
+    runDdl(db, detail::SqliteHostDdl, detail::SqlServerHostDdl, detail::PostgreSqlHostDdl);
 }
 
 QVariant bindMoney(Currency value) {
@@ -321,11 +438,14 @@ QVariant bindValue(Dialect dialect, const QVariant& value) {
     else
         return value;
     if (!moment.isValid())
-        return dialect == Dialect::SQLite ? QVariant(QMetaType::fromType<QString>())
-                                          : QVariant(QMetaType::fromType<QDateTime>());
+        return dialect != Dialect::SqlServer ? QVariant(QMetaType::fromType<QString>())
+                                             : QVariant(QMetaType::fromType<QDateTime>());
     const QTime t = moment.time();
     moment.setTime(QTime(t.hour(), t.minute(), t.second()));
-    if (dialect == Dialect::SQLite)
+    // PostgreSQL's driver sends a QDateTime as a timestamp with a time zone, which the server
+    // would move by its own zone setting on the way into a plain timestamp column: the text of
+    // the moment goes in unmoved.
+    if (dialect == Dialect::SQLite || dialect == Dialect::PostgreSql)
         return moment.toString(u"yyyy-MM-dd HH:mm:ss"_s);
     return moment;
 }

@@ -26,9 +26,10 @@ struct Statement {
     QVariantList values;
 };
 
-// The engine behind a connection, whichever Qt driver reaches it: the Qt SQLite driver, or ODBC
-// to SQL Server (FreeTDS, the vendor's driver) or to SQLite (the SQLite ODBC driver).
-enum class Dialect { SQLite, SqlServer };
+// The engine behind a connection, whichever Qt driver reaches it: the Qt SQLite driver, Qt's
+// PostgreSQL driver, or ODBC to SQL Server (FreeTDS, the vendor's driver) or to SQLite (the
+// SQLite ODBC driver).
+enum class Dialect { SQLite, SqlServer, PostgreSql };
 Dialect dialect(const QSqlDatabase& db);
 
 // Fails with a clear DatabaseError when the host's connection cannot run statements.
@@ -65,7 +66,8 @@ private:
 
 // Prepares the statement on the given connection, binds the values in order to its "?"
 // placeholders (through bindValue) and runs it forward-only. Throws DatabaseError with the
-// driver's text, and when a Result of the connection is still open.
+// driver's text, and when a Result of the connection is still open. Result columns may be named
+// as on SQL Server ("[Name]", 'Name'); on PostgreSQL they become "Name".
 Result exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
 // The same, scrollable, for a QSqlQueryModel, which seeks back; rows still arrive only as the
 // model asks for them.
@@ -77,10 +79,12 @@ QString firstRowOnly(const QSqlDatabase& db, const QString& select);
 // One unit of work on the host's connection: a transaction of its own, or a savepoint when the
 // host's connection is already inside a transaction of the host's. Its first statement claims
 // the right to write, so that tills wait for each other here, before a card is touched, and not
-// halfway through. Rolled back unless committed; the destructor never throws.
+// halfway through: the whole database on SQLite and SQL Server, the given card on PostgreSQL
+// (every card at once when none is given). Rolled back unless committed; the destructor never
+// throws.
 class Transaction final {
 public:
-    explicit Transaction(const QSqlDatabase& db);
+    explicit Transaction(const QSqlDatabase& db, const QString& card = {});
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
@@ -108,9 +112,10 @@ QVariant bindMoney(Currency value);
 Currency readMoney(const QVariant& value);
 
 // Date-times are bound as QDateTime (a QDate stands for its midnight) and stored the way the
-// engine cannot misread them: ISO text "yyyy-mm-dd hh:mm:ss" on SQLite, a typed timestamp on
-// SQL Server, where text would be read by the login's language and date format. Whole seconds
-// on both. Other values pass unchanged.
+// engine cannot misread them: ISO text "yyyy-mm-dd hh:mm:ss" on SQLite and PostgreSQL (where
+// the column's type reads it, with no zone to move it), a typed timestamp on SQL Server, where text
+// would be read by the login's language and date format. Whole seconds on both. Other values pass
+// unchanged.
 QVariant bindValue(Dialect dialect, const QVariant& value);
 // A date-time column, whether the driver hands it back typed (ODBC) or as ISO text (SQLite);
 // invalid when null or unreadable.

@@ -124,7 +124,7 @@ QString describe(const Posting& p) {
 // Posts one journal entry in a transaction of its own; true when its lines were not in the
 // ledger before.
 bool postEntry(SessionSettings& session, Journal& journal, const Journal::Entry& entry) {
-    db::Transaction tx(session.Conn);
+    db::Transaction tx(session.Conn, entry.posting.boxes.cardNo);
     const bool fresh = !isPosted(session.Conn, entry.posting);
     PostTransaction(session.Conn, entry.posting);
     tx.commit();
@@ -243,7 +243,7 @@ bool writeLedgerBalanceToCard(SessionSettings& session, card::CardPrompts& promp
 
 void postCardDifference(SessionSettings& session, const TransactionBoxes& boxes,
                         const CardLedgerCheck& check) {
-    db::Transaction tx(session.Conn);
+    db::Transaction tx(session.Conn, boxes.cardNo);
     if (ledgerBalanceOf(session, boxes.cardNo).balance != check.ledger)
         throw Error(u"The Database balance changed meanwhile, press Connect again !!!"_s);
     const bool in = check.card > check.ledger;
@@ -297,7 +297,7 @@ SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& 
     std::optional<db::Transaction> tx;
     Posting posting;
     try {
-        tx.emplace(db);
+        tx.emplace(db, boxes.cardNo);
         const CardLedgerCheck check = compare(m_session, boxes.cardNo, balance);
         if (!check.matches) {
             logMismatch(m_session, boxes.cardNo, check);

@@ -17,6 +17,10 @@ class TestRows final : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
+        // Untyped values read back as SQLite keeps them: the reader's native path is SQLite's;
+        // elsewhere it is db::exec, which the other tests run on every engine.
+        if (test::Fixture::overPostgreSql())
+            QSKIP("the row reader reads straight from SQLite only");
         f = new test::Fixture;
         db::exec(f->db(), u"CREATE TABLE t (id INTEGER, v)"_s);
         const QVariantList values = {u"CARD 1"_s,

@@ -14,7 +14,9 @@ namespace pondar::test {
 //
 // The back end follows PONDAR_TEST_DB: unset, the Qt SQLite driver; "odbc", Qt's ODBC driver
 // through unixODBC and the SQLite ODBC driver named in the odbcinst.ini that ODBCSYSINI points
-// at, on the same kind of database file. CTest runs each database test both ways.
+// at, on the same kind of database file; "pgsql", Qt's PostgreSQL driver to a database of the
+// fixture's own, made for it and dropped after it on the private cluster that ctest starts
+// (PONDAR_PG_STATE names the file that tells where). CTest runs each database test every way.
 class Fixture final {
 public:
     Fixture();
@@ -23,6 +25,13 @@ public:
     Fixture& operator=(const Fixture&) = delete;
 
     static bool overOdbc();
+    static bool overPostgreSql();
+
+    // A further connection, under the given name, to the same database (the caller removes it);
+    // on pgsql as the given login when one is named.
+    QSqlDatabase openAnother(const QString& connection, const QString& login = {}) const;
+    // The fixture's database as the demo host's --pgsql takes it (pgsql only).
+    QString postgreSqlOptions() const;
 
     QSqlDatabase db() const;
     QString path(const QString& name) const;
@@ -43,6 +52,7 @@ public:
 private:
     QTemporaryDir m_dir;
     QString m_connection;
+    QString m_database; // pgsql: the database made for this fixture
 };
 
 // A value read from the database as the SQLite driver gives it: a date-time that the ODBC

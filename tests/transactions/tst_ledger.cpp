@@ -4,8 +4,10 @@
 #include "transactions/till.h"
 
 #include <QDir>
+
 #include <QSqlError>
 #include <QTest>
+#include <optional>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace pondar;
@@ -27,7 +29,8 @@ struct Scene : test::SaveTill {
         boxes.topUp = u"50"_s;
         boxes.extra = u"5"_s;
     }
-    // Every table a Save writes, rows in a fixed order, IDs left out.
+    // Every table a Save writes, rows in a fixed order, IDs left out (a server's identity
+    // values skip the ones a rolled-back insert took).
     QString ledger() const {
         return f.rows(u"SELECT CardNo,Name,TrsDate,TrsNo,TrsOutlet,RefTrsNo,BillNo,Billtype,"
                       "PValue,PreviousValue,NewValue,PendingValue,TopupValue,ExtraValue,Remark "
@@ -35,13 +38,39 @@ struct Scene : test::SaveTill {
                u'\n' +
                f.rows(u"SELECT cardNo,DateInput,DateUpdate,UpdateStatus,FValue,TrsNo,RefTrsNo "
                       "FROM Customize_Topup ORDER BY cardNo,FValue"_s) +
-               u'\n' + f.rows(u"SELECT * FROM Customize_StaffComm"_s) + u'\n' +
-               f.rows(u"SELECT StaffCode,BizDate,ActualDate,Description FROM Customize_Log"_s);
+               u'\n' +
+               f.rows(u"SELECT StaffCode,TrsDate,RefTrsNo,CardNo,Name,TopupValue,PValue "
+                      "FROM Customize_StaffComm ORDER BY ID"_s) +
+               u'\n' +
+               f.rows(u"SELECT StaffCode,BizDate,ActualDate,Description FROM Customize_Log "
+                      "ORDER BY ID"_s);
     }
-    void fail(const QString& trigger) {
-        db::exec(f.db(), u"CREATE TRIGGER fault "_s + trigger +
-                             u" BEGIN SELECT RAISE(ABORT, 'injected fault'); END"_s);
+    // A trigger named "fault" that refuses the table's rows, those meeting the condition when
+    // one is given.
+    void fail(const QString& event, const QString& table, const QString& condition) {
+        const QString on = event + u" ON "_s + table;
+        if (test::Fixture::overPostgreSql()) {
+            db::exec(f.db(), u"CREATE FUNCTION fault() RETURNS trigger LANGUAGE plpgsql AS "
+                             "$$BEGIN RAISE EXCEPTION 'injected fault'; END$$"_s);
+            db::exec(f.db(),
+                     u"CREATE TRIGGER fault "_s + on + u" FOR EACH ROW "_s +
+                         (condition.isEmpty() ? QString() : u"WHEN ("_s + condition + u") "_s) +
+                         u"EXECUTE FUNCTION fault()"_s);
+        } else {
+            db::exec(f.db(), u"CREATE TRIGGER fault "_s + on +
+                                 (condition.isEmpty() ? QString() : u" WHEN "_s + condition) +
+                                 u" BEGIN SELECT RAISE(ABORT, 'injected fault'); END"_s);
+        }
+        faultTable = table;
     }
+    void mend() {
+        if (faultTable.isEmpty())
+            return;
+        db::exec(f.db(), test::Fixture::overPostgreSql() ? u"DROP TRIGGER fault ON "_s + faultTable
+                                                         : u"DROP TRIGGER fault"_s);
+        faultTable.clear();
+    }
+    QString faultTable;
 };
 
 } // namespace
@@ -67,16 +96,19 @@ private Q_SLOTS:
 
         Scene till;
         const QString before = till.ledger();
-        const QMap<QString, QString> triggers = {
-            {u"PED line"_s, u"BEFORE INSERT ON Customize_Transaction WHEN NEW.Billtype='PED'"_s},
-            {u"settlement"_s, u"BEFORE UPDATE ON Customize_Topup"_s},
+        const QMap<QString, QStringList> triggers = {
+            {u"PED line"_s,
+             {u"BEFORE INSERT"_s, u"Customize_Transaction"_s, u"NEW.Billtype='PED'"_s}},
+            {u"settlement"_s, {u"BEFORE UPDATE"_s, u"Customize_Topup"_s, {}}},
             {u"transaction line"_s,
-             u"BEFORE INSERT ON Customize_Transaction WHEN NEW.Billtype='IN'"_s},
-            {u"commission"_s, u"BEFORE INSERT ON Customize_StaffComm"_s},
-            {u"introducer credit"_s, u"BEFORE INSERT ON Customize_Topup"_s},
-            {u"log line"_s, u"BEFORE INSERT ON Customize_Log"_s}};
-        if (triggers.contains(fault))
-            till.fail(triggers.value(fault));
+             {u"BEFORE INSERT"_s, u"Customize_Transaction"_s, u"NEW.Billtype='IN'"_s}},
+            {u"commission"_s, {u"BEFORE INSERT"_s, u"Customize_StaffComm"_s, {}}},
+            {u"introducer credit"_s, {u"BEFORE INSERT"_s, u"Customize_Topup"_s, {}}},
+            {u"log line"_s, {u"BEFORE INSERT"_s, u"Customize_Log"_s, {}}}};
+        if (triggers.contains(fault)) {
+            const QStringList t = triggers.value(fault);
+            till.fail(t.at(0), t.at(1), t.at(2));
+        }
         TransactionSave service(till.s, till.prompts);
         service.faultAt = [&](Step step) {
             if (fault == u"connection closed"_s && step == Step::LinesPosted) {
@@ -105,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(till.ledger(), before);
 
         // A fresh till on the same folder: the journal, the settings file, the card.
-        db::exec(till.f.db(), u"DROP TRIGGER IF EXISTS fault"_s);
+        till.mend();
         test::SaveTill restarted;
         till.sim.attach(restarted.s);
         restarted.s.Conn = till.f.db();
@@ -132,14 +164,16 @@ private Q_SLOTS:
         for (const bool lockHeld : {true, false}) {
             Scene till;
             const QByteArray card = till.sim.image();
-            QSqlDatabase other = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"other-till"_s);
-            other.setDatabaseName(till.f.path(u"host.db"_s));
-            other.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=0"_s);
-            QVERIFY(other.open());
-            if (lockHeld)
-                db::exec(other, u"BEGIN IMMEDIATE"_s);
-            else
+            QSqlDatabase other = till.f.openAnother(u"other-till"_s);
+            std::optional<db::Transaction> held;
+            if (lockHeld) {
+                held.emplace(other, u"000123"_s);
+                // The server waits for a lock as long as the login's setting says; not long here.
+                if (test::Fixture::overPostgreSql())
+                    db::exec(till.f.db(), u"SET lock_timeout = '300ms'"_s);
+            } else {
                 QVERIFY(QDir(till.f.path({})).mkpath(u"pondar-journal.db"_s));
+            }
             const SaveOutcome out = till.save(TransactionMode::TopUp);
             QCOMPARE(out.status, Status::NotWritten);
             QVERIFY2(out.message.startsWith(lockHeld ? u"Nothing was written to the Card: the "
@@ -148,6 +182,7 @@ private Q_SLOTS:
                                                        "till's journal cannot be kept !!!"_s),
                      qPrintable(out.message));
             QCOMPARE(till.sim.image(), card);
+            held.reset();
             other.close();
             other = {};
             QSqlDatabase::removeDatabase(u"other-till"_s);
@@ -211,9 +246,7 @@ private Q_SLOTS:
                            "VALUES ('000123',0,10)"_s);
         test::SaveTill b;
         b.sim.put(a.sim.image());
-        b.s.Conn = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"till-b"_s);
-        b.s.Conn.setDatabaseName(a.f.path(u"host.db"_s));
-        QVERIFY(b.s.Conn.open());
+        b.s.Conn = a.f.openAnother(u"till-b"_s);
         {
             b.s.IniPath = b.f.iniPath();
             b.connect();
