@@ -33,24 +33,8 @@ QString tillCard(int till, int card) {
 
 QSqlDatabase connect(const QString& name, const QString& connection) {
     QSqlDatabase db = QSqlDatabase::addDatabase(u"QPSQL"_s, name);
-    QStringList options;
-    for (const QString& pair : connection.split(u' ', Qt::SkipEmptyParts)) {
-        const QString key = pair.section(u'=', 0, 0);
-        const QString value = pair.section(u'=', 1);
-        if (key == u"host"_s)
-            db.setHostName(value);
-        else if (key == u"port"_s)
-            db.setPort(value.toInt());
-        else if (key == u"dbname"_s)
-            db.setDatabaseName(value);
-        else if (key == u"user"_s)
-            db.setUserName(value);
-        else if (key == u"password"_s)
-            db.setPassword(value);
-        else
-            options << pair;
-    }
-    db.setConnectOptions(options.join(u';'));
+    if (const QString error = db::setPostgreSqlConnection(db, connection); !error.isEmpty())
+        throw db::DatabaseError(error);
     if (!db.open())
         throw db::DatabaseError(u"cannot open the PostgreSQL database: "_s + db.lastError().text());
     return db;

@@ -4,6 +4,7 @@
 #include "card/membercard.h"
 #include "card/reader.h"
 #include "card/simfolder.h"
+#include "shell/database.h"
 #include "shell/session.h"
 
 #include <pondar/error.h>
@@ -66,34 +67,6 @@ bool asksForHelp(int argc, char** argv) {
             return true;
     }
     return false;
-}
-
-// Takes libpq's "key=value key=value" form: the keys Qt has fields for go there, any other
-// (sslmode=..., connect_timeout=...) into the driver's options. An empty text when usable.
-QString usePostgreSql(QSqlDatabase& db, const QString& connection) {
-    QStringList options;
-    for (const QString& pair : connection.split(u' ', Qt::SkipEmptyParts)) {
-        const qsizetype eq = pair.indexOf(u'=');
-        if (eq <= 0)
-            return u"Cannot read \""_s + pair +
-                   u"\" of the PostgreSQL connection: use key=value."_s;
-        const QString key = pair.left(eq);
-        const QString value = pair.mid(eq + 1);
-        if (key == u"host"_s)
-            db.setHostName(value);
-        else if (key == u"port"_s)
-            db.setPort(value.toInt());
-        else if (key == u"dbname"_s)
-            db.setDatabaseName(value);
-        else if (key == u"user"_s)
-            db.setUserName(value);
-        else if (key == u"password"_s)
-            db.setPassword(value);
-        else
-            options << pair;
-    }
-    db.setConnectOptions(options.join(u';'));
-    return {};
 }
 
 // Pictures a component screen as a person sees it: opens it from the host window's button,
@@ -244,7 +217,8 @@ int main(int argc, char** argv) {
     QSqlDatabase db;
     if (isSet("pgsql")) {
         db = QSqlDatabase::addDatabase(u"QPSQL"_s, u"host"_s);
-        if (const QString error = usePostgreSql(db, option("pgsql")); !error.isEmpty()) {
+        if (const QString error = pondar::db::setPostgreSqlConnection(db, option("pgsql"));
+            !error.isEmpty()) {
             QMessageBox::critical(nullptr, u"Pondar demo host"_s, error);
             return 1;
         }

@@ -193,4 +193,13 @@ void MemberCard::close() {
     m_reader.close();
 }
 
+ReaderClosing::ReaderClosing(SessionSettings& session, MemberCard& card)
+    : m_session(session)
+    , m_card(card) {}
+
+ReaderClosing::~ReaderClosing() {
+    if (m_session.ReaderHandle >= 0)
+        m_card.close();
+}
+
 } // namespace pondar::card

@@ -107,4 +107,18 @@ private:
     int m_block = 0;
 };
 
+// Closes the session's reader when it goes out of scope, whichever way an action ends: the
+// register and the supervisor keep no reader open between actions.
+class ReaderClosing final {
+public:
+    ReaderClosing(SessionSettings& session, MemberCard& card);
+    ~ReaderClosing();
+    ReaderClosing(const ReaderClosing&) = delete;
+    ReaderClosing& operator=(const ReaderClosing&) = delete;
+
+private:
+    SessionSettings& m_session;
+    MemberCard& m_card;
+};
+
 } // namespace pondar::card

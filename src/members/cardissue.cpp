@@ -9,34 +9,12 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::members {
 
-namespace {
-
-// The register keeps no reader open between issues, whichever way an issue ends.
-class ReaderClosing final {
-public:
-    ReaderClosing(SessionSettings& session, card::MemberCard& card)
-        : m_session(session)
-        , m_card(card) {}
-    ~ReaderClosing() {
-        if (m_session.ReaderHandle >= 0)
-            m_card.close();
-    }
-    ReaderClosing(const ReaderClosing&) = delete;
-    ReaderClosing& operator=(const ReaderClosing&) = delete;
-
-private:
-    SessionSettings& m_session;
-    card::MemberCard& m_card;
-};
-
-} // namespace
-
 CardIssue issueCard(SessionSettings& session, card::CardPrompts& prompts, const QString& code,
                     const QString& name) {
     if (!prompts.ask(u"Store Data to Card "_s))
         return CardIssue::Declined;
     card::MemberCard card(session, prompts);
-    const ReaderClosing closing(session, card);
+    const card::ReaderClosing closing(session, card);
     if (!card.openSelectLogin(card::MemberSector))
         return CardIssue::DeviceFailed;
     // A lost or stolen card stays out of use; only the supervisor reuses one.

@@ -137,6 +137,32 @@ Dialect dialect(const QSqlDatabase& db) {
     return sqlite ? Dialect::SQLite : Dialect::SqlServer;
 }
 
+QString setPostgreSqlConnection(QSqlDatabase& db, const QString& connection) {
+    QStringList options;
+    for (const QString& pair : connection.split(u' ', Qt::SkipEmptyParts)) {
+        const qsizetype eq = pair.indexOf(u'=');
+        if (eq <= 0)
+            return u"Cannot read \""_s + pair +
+                   u"\" of the PostgreSQL connection: use key=value."_s;
+        const QString key = pair.left(eq);
+        const QString value = pair.mid(eq + 1);
+        if (key == u"host"_s)
+            db.setHostName(value);
+        else if (key == u"port"_s)
+            db.setPort(value.toInt());
+        else if (key == u"dbname"_s)
+            db.setDatabaseName(value);
+        else if (key == u"user"_s)
+            db.setUserName(value);
+        else if (key == u"password"_s)
+            db.setPassword(value);
+        else
+            options << pair;
+    }
+    db.setConnectOptions(options.join(u';'));
+    return {};
+}
+
 void requireOpen(const QSqlDatabase& db) {
     if (!db.isValid())
         throw DatabaseError(u"The host passed no usable database connection."_s);

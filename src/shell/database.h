@@ -32,6 +32,11 @@ struct Statement {
 enum class Dialect { SQLite, SqlServer, PostgreSql };
 Dialect dialect(const QSqlDatabase& db);
 
+// Sets a QPSQL connection from libpq's "key=value key=value" form: host, port, dbname, user and
+// password go to their fields, any other key (sslmode=..., connect_timeout=...) into the
+// driver's options. Returns why it cannot be read, or an empty text.
+QString setPostgreSqlConnection(QSqlDatabase& db, const QString& connection);
+
 // Fails with a clear DatabaseError when the host's connection cannot run statements.
 void requireOpen(const QSqlDatabase& db);
 

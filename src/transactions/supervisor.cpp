@@ -86,24 +86,6 @@ bool hasCard(const QSqlDatabase& db, const QString& code, const QString& status)
                       {code, status});
 }
 
-// The register keeps no reader open once an action is over, whichever way it ends.
-class ReaderClosing final {
-public:
-    ReaderClosing(SessionSettings& session, card::MemberCard& card)
-        : m_session(session)
-        , m_card(card) {}
-    ~ReaderClosing() {
-        if (m_session.ReaderHandle >= 0)
-            m_card.close();
-    }
-    ReaderClosing(const ReaderClosing&) = delete;
-    ReaderClosing& operator=(const ReaderClosing&) = delete;
-
-private:
-    SessionSettings& m_session;
-    card::MemberCard& m_card;
-};
-
 // The line a void takes back, and what its Save posted beside it under the same reference.
 struct LedgerLine {
     qint64 id = 0;
@@ -376,7 +358,7 @@ SupervisorResult issueReplacementCard(SessionSettings& session, card::CardPrompt
         return refused(u"Nothing was written to the Card !!!"_s);
 
     card::MemberCard card(session, prompts);
-    const ReaderClosing closing(session, card);
+    const card::ReaderClosing closing(session, card);
     if (!card.openSelectLogin(card::MemberSector))
         return refused(u"Error Reading Card Device !!!"_s);
     const QString serial = session.CardSerial;
@@ -405,7 +387,7 @@ SupervisorResult voidLastTransaction(SessionSettings& session, card::CardPrompts
     replayJournal(session);
     card::SilentPrompts silent;
     card::MemberCard reader(session, silent);
-    const ReaderClosing closing(session, reader);
+    const card::ReaderClosing closing(session, reader);
     card::CardData data;
     if (const card::ReadResult r = reader.read(data); r != card::ReadResult::Ok)
         return refused(card::readFailureMessage(r));
