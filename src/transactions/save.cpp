@@ -325,16 +325,18 @@ SaveOutcome TransactionSave::save(TransactionMode mode, const TransactionBoxes& 
                            errorText(e));
     }
 
-    Journal& journal = journalOf(m_session);
+    Journal* kept = nullptr;
     qint64 entry = 0;
     try {
-        entry = journal.record(posting, card.serial, balance);
+        kept = &journalOf(m_session);
+        entry = kept->record(posting, card.serial, balance);
     } catch (const std::exception& e) {
         return stopped(Status::NotWritten,
                        u"Nothing was written to the Card: the till's journal cannot be kept !!!"
                        "\n\n"_s +
                            errorText(e));
     }
+    Journal& journal = *kept;
     card::MemberCard writer(m_session, m_prompts);
     if (!writer.writeValue(posting.plan.newValue)) {
         try {
