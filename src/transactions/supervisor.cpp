@@ -69,16 +69,30 @@ std::optional<QString> memberName(const QSqlDatabase& db, const QString& code) {
     return name;
 }
 
-// The member code typed on the supervisor's screen; a refusal when it cannot be one.
-std::optional<QString> typedCode(const QString& typed, QString& refusal) {
+struct TypedMember {
+    QString code;
+    QString name;
+};
+
+// The member whose code was typed on the supervisor's screen; the refusal to show when the text
+// cannot be a code or no member holds it.
+std::optional<TypedMember> typedMember(const QSqlDatabase& db, const QString& typed,
+                                       QString& refusal) {
     const QString code = typed.trimmed();
-    if (code.isEmpty())
+    if (code.isEmpty()) {
         refusal = u"Please enter the Member Code !!!"_s;
-    else if (!isValidInput(code))
+        return std::nullopt;
+    }
+    if (!isValidInput(code)) {
         refusal = u"Invalid Input Character !!!"_s;
-    else
-        return code;
-    return std::nullopt;
+        return std::nullopt;
+    }
+    const std::optional<QString> name = memberName(db, code);
+    if (!name) {
+        refusal = NotFound;
+        return std::nullopt;
+    }
+    return TypedMember{code, *name};
 }
 
 bool hasCard(const QSqlDatabase& db, const QString& code, const QString& status) {
@@ -315,44 +329,42 @@ std::optional<CardHolder> valueHolder(SessionSettings& session, const QString& c
 
 SupervisorResult blockCard(SessionSettings& session, const QString& memberCode,
                            const QString& remark) {
-    QString refusal;
-    const std::optional<QString> code = typedCode(memberCode, refusal);
-    if (!code)
-        return refused(refusal);
     const QSqlDatabase& db = session.Conn;
-    const std::optional<QString> name = memberName(db, *code);
-    if (!name)
-        return refused(NotFound);
+    QString refusal;
+    const std::optional<TypedMember> member = typedMember(db, memberCode, refusal);
+    if (!member)
+        return refused(refusal);
+    const QString& code = member->code;
+    const QString& name = member->name;
     db::Transaction tx(db);
-    if (!hasCard(db, *code, Active))
-        return refused(hasCard(db, *code, Blocked) ? u"Card already Blocked !!!"_s
-                                                   : u"No Card registered for this Member !!!"_s);
+    if (!hasCard(db, code, Active))
+        return refused(hasCard(db, code, Blocked) ? u"Card already Blocked !!!"_s
+                                                  : u"No Card registered for this Member !!!"_s);
     db::exec(
         db,
         u"UPDATE Customize_Card SET Status=?,DateBlock=?,StaffCode=?,Remark=? "
         "WHERE CardNo=? AND Status=?"_s,
-        {Blocked, session.now(), text(session.StaffCode), text(remark.trimmed()), *code, Active});
-    writeLog(session, u"Card Blocked : CardNo : "_s + *code + u'/' + *name + u" Remark : "_s +
+        {Blocked, session.now(), text(session.StaffCode), text(remark.trimmed()), code, Active});
+    writeLog(session, u"Card Blocked : CardNo : "_s + code + u'/' + name + u" Remark : "_s +
                           remark.trimmed());
     tx.commit();
-    return {true, u"Card of Member "_s + *code + u" / "_s + *name + u" Blocked !!!"_s};
+    return {true, u"Card of Member "_s + code + u" / "_s + name + u" Blocked !!!"_s};
 }
 
 SupervisorResult issueReplacementCard(SessionSettings& session, card::CardPrompts& prompts,
                                       const QString& memberCode) {
-    QString refusal;
-    const std::optional<QString> code = typedCode(memberCode, refusal);
-    if (!code)
-        return refused(refusal);
     const QSqlDatabase& db = session.Conn;
-    const std::optional<QString> name = memberName(db, *code);
-    if (!name)
-        return refused(NotFound);
-    if (hasCard(db, *code, Active))
+    QString refusal;
+    const std::optional<TypedMember> member = typedMember(db, memberCode, refusal);
+    if (!member)
+        return refused(refusal);
+    const QString& code = member->code;
+    const QString& name = member->name;
+    if (hasCard(db, code, Active))
         return refused(u"Member already has an active Card !!!"_s);
-    if (!hasCard(db, *code, Blocked))
+    if (!hasCard(db, code, Blocked))
         return refused(u"Member has no blocked Card to replace !!!"_s);
-    const Currency balance = ledgerBalanceOf(session, *code).balance;
+    const Currency balance = ledgerBalanceOf(session, code).balance;
     card::MemberCard::checkBalanceFits(balance);
     if (!prompts.ask(u"Store Data to Card "_s))
         return refused(u"Nothing was written to the Card !!!"_s);
@@ -365,19 +377,19 @@ SupervisorResult issueReplacementCard(SessionSettings& session, card::CardPrompt
     const CardRow row = latestRow(db, serial);
     if (row.status == CardStatus::Active)
         return refused(u"Card on the reader is in use, block it first !!!"_s);
-    if (row.status == CardStatus::Blocked && row.cardNo.compare(*code, Qt::CaseInsensitive) == 0)
+    if (row.status == CardStatus::Blocked && row.cardNo.compare(code, Qt::CaseInsensitive) == 0)
         return refused(u"Card on the reader is the Member's blocked Card !!!"_s);
     if (row.status == CardStatus::Unknown && card.checkCard(card::MemberSector)) {
-        if (const auto holder = valueHolder(session, card.readField(card::MemberSector, 1), *code))
+        if (const auto holder = valueHolder(session, card.readField(card::MemberSector, 1), code))
             return refused(u"Card on the reader holds another Member's value !!!\n\n"_s +
                            holder->detail());
     }
-    if (!card.openSelectLogin(card::MemberSector) || !card.writeSerial() ||
-        !card.writeCode(*code) || !card.writeName(members::cardName(*name)) ||
-        !card.openSelectLogin(card::ValueSector) || !card.writeValue(balance))
+    if (!card.openSelectLogin(card::MemberSector) || !card.writeSerial() || !card.writeCode(code) ||
+        !card.writeName(members::cardName(name)) || !card.openSelectLogin(card::ValueSector) ||
+        !card.writeValue(balance))
         return refused(WriteFailed);
-    registerCard(session, *code, serial, u"Replacement"_s);
-    writeLog(session, u"Replacement Card issued : CardNo : "_s + *code + u'/' + *name +
+    registerCard(session, code, serial, u"Replacement"_s);
+    writeLog(session, u"Replacement Card issued : CardNo : "_s + code + u'/' + name +
                           u" Balance : "_s + balance.format());
     return {true, u"Replacement Card saved with Balance : "_s + balance.format() + u" !!!"_s};
 }
