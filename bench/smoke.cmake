@@ -41,3 +41,10 @@ foreach(figure "Connect" "Save, card part")
         message(FATAL_ERROR "no exchange count beside the fewest for \"${figure}\"")
     endif()
 endforeach()
+# A Save on both ledgers, in memory and from the disk, with the pages it touches.
+foreach(figure "median ms, ledger in memory" "pages written" "median ms, ledger on disk only"
+        "pages read from the file")
+    if(NOT output MATCHES "\n${figure} +${number} +${number} +${number}x")
+        message(FATAL_ERROR "no Save figure on both ledgers for \"${figure}\"")
+    endif()
+endforeach()

@@ -125,13 +125,17 @@ Posting makePosting(const SessionSettings& session, TransactionMode mode,
 }
 
 bool isPosted(const QSqlDatabase& db, const Posting& p) {
+    // By the reference alone: with the card in the condition too, a planner without statistics
+    // may walk every line of the card instead, and a Save would cost more as the card ages.
     auto q = db::exec(db,
-                      u"SELECT Billtype,PreviousValue,NewValue FROM Customize_Transaction "
-                      "WHERE RefTrsNo=? AND CardNo=?"_s,
-                      {p.refNo, textValue(p.boxes.cardNo)});
+                      u"SELECT Billtype,PreviousValue,NewValue,CardNo FROM Customize_Transaction "
+                      "WHERE RefTrsNo=?"_s,
+                      {p.refNo});
     const Currency previous = Currency::parse(p.boxes.balance);
     while (q.next()) {
-        if (q.value(0).toString() == billTypeCode(p.plan.billType) &&
+        if (q.value(3).toString().trimmed().compare(p.boxes.cardNo.trimmed(),
+                                                    Qt::CaseInsensitive) == 0 &&
+            q.value(0).toString() == billTypeCode(p.plan.billType) &&
             db::readMoney(q.value(1)) == previous && db::readMoney(q.value(2)) == p.plan.newValue)
             return true;
     }
