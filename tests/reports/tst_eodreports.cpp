@@ -19,6 +19,7 @@ namespace {
 const QString Rule(40, u'-');
 const QString End = u"-------------End of Report--------------"_s;
 const QString Blank20(20, u' ');
+const QString Trs = u"Customize_Transaction"_s;
 
 reports::EodRequest request(const QString& from = u"01/02/2024"_s,
                             const QString& to = u"03/02/2024"_s) {
@@ -37,8 +38,7 @@ QStringList header(const QString& title, const QString& dateLine) {
 void trs(const test::Fixture& f, const QString& date, const QString& type, const QString& value,
          const QString& card = u"C1"_s, const QVariant& name = u"ANN"_s, const QString& ref = {},
          const QVariant& bill = {}) {
-    test::insertRow(f.db(), u"Customize_Transaction"_s,
-                    u"TrsDate,Billtype,PValue,CardNo,Name,RefTrsNo,BillNo"_s,
+    test::insertRow(f.db(), Trs, u"TrsDate,Billtype,PValue,CardNo,Name,RefTrsNo,BillNo"_s,
                     {date, type, value, card, name, ref, bill});
 }
 
@@ -66,6 +66,20 @@ QString total(const QString& amount) {
     return u"Total :   "_s + Blank20 + amount.rightJustified(10, u' ');
 }
 
+// A posted line as the slip reads it, under the reference R'3; `extra` overrides columns.
+QVariantMap slipLine(const QString& type, const QVariantMap& extra = {}) {
+    const QStringList names = u"CardNo,Name,TrsDate,RefTrsNo,Billtype,PValue,PreviousValue,"
+                              "NewValue,PendingValue,TopupValue,ExtraValue,Remark"_s.split(u',');
+    const QStringList values = QString(u"000123|TAN AH KOW|2024-02-01 14:05:09|R'3|"_s + type +
+                                       u"|50|10|65|0|50|0|counter 2"_s)
+                                   .split(u'|');
+    QVariantMap row;
+    for (qsizetype i = 0; i < names.size(); ++i)
+        row.insert(names.at(i), values.at(i));
+    row.insert(extra);
+    return row;
+}
+
 void compareReport(const QString& actual, const QStringList& expected) {
     QCOMPARE(test::linesOf(actual), expected);
     QCOMPARE(actual, test::crlf(expected));
@@ -73,6 +87,7 @@ void compareReport(const QString& actual, const QStringList& expected) {
 
 } // namespace
 
+// What the reports and slips print, to the character.
 class TestEodReports final : public QObject {
     Q_OBJECT
 
@@ -145,38 +160,32 @@ private Q_SLOTS:
                          u"S1                                  1.00"_s, Rule, total(u"3.00"_s)}));
     }
 
-    void memberInBothBalanceBlocks() {
+    // Balances as at the to-date and top-ups pending in the range; the details list every
+    // pending top-up, oldest first, a long bill number cut short.
+    void balancesAndPendingTopUps() {
         test::Fixture f;
         f.addMember(u"C1"_s, u"ANN LEE"_s);
         trs(f, u"2024-02-01 10:00:00"_s, u"IN"_s, u"50"_s);
         trs(f, u"2024-02-02 10:00:00"_s, u"OUT"_s, u"-20"_s);
         trs(f, u"2024-02-09 10:00:00"_s, u"IN"_s, u"99"_s);
         trs(f, u"2024-02-02 10:00:00"_s, u"IN"_s, u"10"_s, u"C0"_s, u"BOB"_s);
-        topup(f, u"C1"_s, u"2024-02-01 00:00:00"_s, u"5"_s);
-        topup(f, u"C1"_s, u"2024-02-03 12:00:00"_s, u"1.25"_s);
-
-        compareReport(reports::memberBalances(f.db(), request()),
-                      header(u"Member Balances"_s, u"as at     : 03/02/2024"_s)
-                          << u"[MEMBER BALANCES]"_s << u"C0        BOB                      10.00"_s
-                          << u"C1        ANN                      30.00"_s << Rule
-                          << total(u"40.00"_s) << u""_s << u"[PENDING TOPUP VALUE]"_s
-                          << u"C1        ANN LEE                   6.25"_s << Rule
-                          << total(u"6.25"_s) << u""_s << End);
-    }
-
-    // An old top-up still waiting, and one without a bill number.
-    void pendingDetailsOfOldTopUpWithoutBill() {
-        test::Fixture f;
-        f.addMember(u"C1"_s, u"ANN LEE"_s);
-        topup(f, u"C1"_s, u"2024-02-01 08:00:00"_s, u"2.5"_s, 0, u"B-123456789012345678901"_s,
+        topup(f, u"C1"_s, u"2024-02-03 12:00:00"_s, u"2.5"_s, 0, u"B-123456789012345678901"_s,
               u"R12"_s);
         topup(f, u"C1"_s, u"2019-06-30 08:00:00"_s, u"10"_s, 0, {}, u"R11"_s);
 
+        const QString asAt = u"as at     : 03/02/2024"_s;
+        compareReport(reports::memberBalances(f.db(), request()),
+                      header(u"Member Balances"_s, asAt)
+                          << u"[MEMBER BALANCES]"_s << u"C0        BOB                      10.00"_s
+                          << u"C1        ANN                      30.00"_s << Rule
+                          << total(u"40.00"_s) << u""_s << u"[PENDING TOPUP VALUE]"_s
+                          << u"C1        ANN LEE                   2.50"_s << Rule
+                          << total(u"2.50"_s) << u""_s << End);
         compareReport(reports::pendingDetails(f.db(), request()),
-                      header(u"Pending Topup Details"_s, u"as at     : 03/02/2024"_s)
+                      header(u"Pending Topup Details"_s, asAt)
                           << u"[C1-ANN LEE]"_s << u"Ref:R11"_s
                           << u"30/06/2019"_s + Blank20 + u"     10.00"_s << u""_s << u"Ref:R12"_s
-                          << u"01/02/2024B-123456789012345678      2.50"_s << u""_s << Rule
+                          << u"03/02/2024B-123456789012345678      2.50"_s << u""_s << Rule
                           << total(u"12.50"_s) << u""_s << End);
     }
 
@@ -222,6 +231,77 @@ private Q_SLOTS:
         reports::writeExport(path, reports::reportFileBytes(report));
         QCOMPARE(test::readFile(path), reports::reportFileBytes(report));
         QVERIFY_THROWS_EXCEPTION(Error, reports::writeExport(dir.filePath(u"no/such.txt"_s), "x"));
+    }
+
+    // The value block follows the screen's mode, not the bill type; null name or remark lines
+    // are left out. The settlement line sharing the reference is never the slip, and the
+    // reference reaches the statement as a value.
+    void slipValueBlockFollowsTheScreenMode_data() {
+        QTest::addColumn<QString>("billType");
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QVariantMap>("values");
+        QTest::addColumn<QStringList>("expected"); // from the type line on, before the rule
+
+        const QStringList named{u"Name     : TAN AH KOW"_s, u"Desc.    : counter 2"_s,
+                                u"Previous Value : 10.00"_s};
+        QTest::newRow("top-up mode on an adjustment line, with pending and extra")
+            << u"AIN"_s << u"TOPUP"_s
+            << QVariantMap{{u"PendingValue"_s, u"2.5"_s}, {u"ExtraValue"_s, u"5"_s}}
+            << QStringList{u"Type     : Adjustment"_s} + named +
+                   QStringList{u"Pending Topup  : 2.50"_s, u"Topup Value    : 50.00"_s,
+                               u"Extra Value    : 5.00"_s, u"New Balance    : 65.00"_s};
+        QTest::newRow("top-up") << u"IN"_s << u"TOPUP"_s << QVariantMap{{u"PendingValue"_s, u"7"_s}}
+                                << QStringList{u"Type     : Top Up"_s} + named +
+                                       QStringList{u"Pending Topup  : 7.00"_s,
+                                                   u"Topup Value    : 50.00"_s,
+                                                   u"New Balance    : 65.00"_s};
+        QTest::newRow("withdrawal, 16-column labels")
+            << u"OUT"_s << u"WITHDRAW"_s
+            << QVariantMap{{u"PValue"_s, u"-20"_s}, {u"PendingValue"_s, u"3"_s}}
+            << QStringList{u"Type     : Withdraw"_s} + named +
+                   QStringList{u"Pending Topup : 3.00"_s, u"Withdraw Value: -20.00"_s,
+                               u"New Balance   : 65.00"_s};
+        QTest::newRow("enquiry mode, null name and remark, unknown type")
+            << u"XX"_s << u"ENQUIRY"_s
+            << QVariantMap{{u"Name"_s, QVariant()}, {u"Remark"_s, QVariant()}}
+            << QStringList{u"Type     : "_s, u"Previous Value : 10.00"_s};
+    }
+    void slipValueBlockFollowsTheScreenMode() {
+        QFETCH(QString, billType);
+        QFETCH(QString, mode);
+        QFETCH(QVariantMap, values);
+        QFETCH(QStringList, expected);
+        test::Fixture f;
+        const auto slip = [&](const QString& ref) {
+            return reports::transactionSlip(f.db(), ref, modeFromText(mode));
+        };
+        test::insertRow(f.db(), Trs, slipLine(u"PED"_s));
+        QCOMPARE(slip(u"R'3"_s), QString());
+        test::insertRow(f.db(), Trs, slipLine(billType, values));
+        compareReport(slip(u"R'3"_s),
+                      QStringList{Rule, u"       ** TRANSACTION SUMMARY **"_s, Rule, u""_s,
+                                  expected.first(), u"RefNo#   : R'3"_s,
+                                  u"Date     : 01/02/2024 14:05:09"_s, u"Card No# : 000123"_s} +
+                          expected.mid(1) + QStringList{Rule, u""_s});
+        QCOMPARE(slip(u"x' OR '1'='1"_s), QString());
+    }
+
+    // A name's control characters (here a drawer kick, a cut and a line break) never reach
+    // the printer.
+    void enquirySlip() {
+        const QString slip = reports::enquirySlip(u"000123"_s, u"TAN \x1b\x1d\r\nAH KOW"_s,
+                                                  Currency::parse(u"1234.567"_s),
+                                                  QDateTime(QDate(2024, 2, 5), QTime(9, 3, 7)));
+        QCOMPARE(slip, test::crlf({Rule, u"       ** ENQUIRY SUMMARY **"_s, Rule, u""_s,
+                                   u"Type     : Enquiry"_s, u"Date     : 05/02/2024 09:03:07"_s,
+                                   u"Card No# : 000123"_s, u"Name     : TAN AH KOW"_s,
+                                   u"Balance  : 1234.57"_s, Rule, u""_s}));
+    }
+
+    void printerBytesFrameTheTextInWindows1252() {
+        const QByteArray expected =
+            QByteArray("\x1b\x40\r\nCaf\xe9 \x80 1\r\n\r\n") + QByteArray("\x1d\x56\x42\x00", 4);
+        QCOMPARE(reports::printerBytes(u"Caf\u00e9 \u20ac 1\r\n"_s), expected);
     }
 };
 

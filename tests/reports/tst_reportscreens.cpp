@@ -1,3 +1,5 @@
+#include <pondar/genclass.h>
+
 #include "reports/eod.h"
 #include "reports/ledger.h"
 #include "reports/slip.h"
@@ -9,11 +11,14 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDialog>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
 
 #include <utility>
 
@@ -68,27 +73,29 @@ void click(QWidget* form, const QString& name) {
     test::child<QAbstractButton>(form, name)->click();
 }
 
+// Closes every screen but `keep` that becomes the active modal one, recording its name (with the
+// mode of a transaction screen); message boxes are left to test::MessageBoxes.
+void closeScreens(QTimer& timer, QStringList& closed, const QString& keep = {}) {
+    QObject::connect(&timer, &QTimer::timeout, [&closed, keep] {
+        QWidget* w = QApplication::activeModalWidget();
+        if (!w || qobject_cast<QMessageBox*>(w) || w->objectName() == keep)
+            return;
+        const QVariant mode = w->property("TransactionMode");
+        closed << w->objectName() + (mode.isValid() ? u'(' + mode.toString() + u')' : QString());
+        if (auto* dialog = qobject_cast<QDialog*>(w))
+            dialog->reject();
+        else
+            w->close();
+    });
+    timer.start(10);
+}
+
 } // namespace
 
 class TestReportScreens final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void slipPreviewPrintsTheSlipBytes() {
-        test::Fixture f;
-        trs(f, u"C1"_s, u"2024-02-01 10:00:00"_s, u"IN"_s, u"5"_s, u"R1"_s);
-        SessionSettings s = sessionFor(f);
-        const QString slip = reports::transactionSlip(f.db(), u"R1"_s, TransactionMode::TopUp);
-        test::OnModal preview(u"PFORM"_s, [&](QWidget* form) {
-            QCOMPARE(shown(form), asShown(slip));
-            click(form, u"Command1"_s);
-        });
-        showSlip(s, reports::SlipRequest{reports::TransactionSlip{u"R1"_s, TransactionMode::TopUp},
-                                         false});
-        QVERIFY(preview.ran());
-        QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(slip));
-    }
-
     void endOfDayRefusesBadDatesRunsLogsAndPrints() {
         test::Fixture f;
         f.addStaff(u"S1"_s, u"ALI"_s);
@@ -130,11 +137,11 @@ private Q_SLOTS:
         showEndOfDay(s);
         QVERIFY(form.ran());
         QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(report));
-        const QStringList told = boxes.texts();
-        QCOMPARE(told.mid(0, 2), (QStringList{u"Invalid Date Input !!!"_s, u"Invalid Date !!!"_s}));
-        QCOMPARE(told.value(2), u"Invalid Date Input !!!"_s);
-        QCOMPARE(told.size(), 4);
-        QVERIFY2(told.last().contains(u"C12345678901"_s), qPrintable(told.last()));
+        QCOMPARE(boxes.texts(),
+                 (QStringList{u"Invalid Date Input !!!"_s, u"Invalid Date !!!"_s,
+                              u"Invalid Date Input !!!"_s,
+                              u"The report cannot be finished: \"C12345678901\" does not fit in "
+                              "10 columns."_s}));
         QCOMPARE(f.rows(u"SELECT StaffCode,Description FROM Customize_Log"_s),
                  u"S1|View Report Staff Commission From 01/02/2024 to 03/02/2024"_s);
     }
@@ -164,6 +171,7 @@ private Q_SLOTS:
         QCOMPARE(boxes.texts(), QStringList{u"Invalid Date !!!"_s});
     }
 
+    // The preview of a slip reopened from the list prints what it shows.
     void memberReportListsAndReopensSlips() {
         test::Fixture f;
         trs(f, u"C1"_s, u"2024-02-01 00:00:00"_s, u"IN"_s, u"9"_s, u"MIDNIGHT"_s);
@@ -173,10 +181,11 @@ private Q_SLOTS:
         SessionSettings s = sessionFor(f);
 
         test::MessageBoxes boxes;
+        const QString slipR1 = reports::transactionSlip(f.db(), u"R1"_s, TransactionMode::TopUp);
         QString slipShown, opened;
         test::OnModal slip(u"PFORM"_s, [&](QWidget* form) {
             slipShown = shown(form);
-            click(form, u"Command2"_s);
+            click(form, u"Command1"_s);
         });
         test::OnModal form(u"MRPT"_s, [&](QWidget* rpt) {
             opened = test::child<QLineEdit>(rpt, u"TD(1)"_s)->text() + u'-' +
@@ -200,7 +209,8 @@ private Q_SLOTS:
             QVERIFY(!grid->wordWrap() && grid->horizontalHeader()->stretchLastSection());
             grid->setCurrentIndex(grid->model()->index(0, 1));
             click(rpt, u"CBUT(5)"_s);
-            QVERIFY(slipShown.contains(u"RefNo#   : R1\n"_s));
+            QCOMPARE(slipShown, asShown(slipR1));
+            QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(slipR1));
 
             test::child<QLineEdit>(rpt, u"TD(1)"_s)->clear();
             click(rpt, u"CBUT(0)"_s);
@@ -210,6 +220,59 @@ private Q_SLOTS:
         QVERIFY(form.ran());
         QCOMPARE(boxes.texts(), QStringList{u"Invalid Date !!!"_s});
         QCOMPARE(opened, u"02/01/2024-01/02/2024"_s);
+    }
+
+    void everyButtonOpensItsScreenAndReturns() {
+        test::Fixture f;
+        SessionSettings s;
+        s.Conn = f.db();
+        s.BzDate = u"01/02/2024"_s;
+        s.Printer = f.printerPath();
+        s.IniPath = f.iniPath();
+        test::MessageBoxes boxes;
+        QStringList closed;
+        QTimer timer;
+        closeScreens(timer, closed, u"MAINMENU"_s);
+
+        // Per button: the screens that opened, and whether the menu is still there. A top-up
+        // whose staff entry is left goes no further, nor does the supervisor without the password.
+        QStringList seen;
+        test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
+            for (int button : {6, 7, 8, 9, 1, 2, 3, 4, 0}) {
+                closed.clear();
+                click(w, u"CBUT(%1)"_s.arg(button));
+                seen << u"%1 %2 %3"_s.arg(button).arg(closed.join(u','),
+                                                      w->isVisible() ? u"open"_s : u"closed"_s);
+            }
+            click(w, u"CBUT(5)"_s);
+        });
+        showMainMenu(s);
+        QVERIFY(menu.ran());
+        QCOMPARE(seen, (QStringList{u"6 MEOD open"_s, u"7 MFLOG open"_s, u"8 MRPT open"_s,
+                                    u"9 MESC open"_s, u"1 MFMAIN(WITHDRAW) open"_s,
+                                    u"2 MFMAIN(ADJUSTMENT) open"_s, u"3 MFMAIN(ENQUIRY) open"_s,
+                                    u"4 MFCUST open"_s, u"0 MFCOMM open"_s}));
+        QCOMPARE(s.AppValue, Currency());
+    }
+
+    // The menu has no amount of its own to pass on; the supervisor's tools open only past MESC,
+    // and a top-up only past its staff entry.
+    void startModesOpenTheirScreens() {
+        for (const auto& [mode, screen] :
+             {std::pair(u"EOD"_s, u"MEOD"_s), std::pair(u"LOG"_s, u"MFLOG"_s),
+              std::pair(u"MAINMENU"_s, u"MAINMENU"_s), std::pair(u"SUPERVISOR"_s, u"MESC"_s),
+              std::pair(u"TOPUP"_s, u"MFCOMM"_s)}) {
+            test::Fixture f;
+            GenClass app;
+            QStringList closed;
+            QTimer timer;
+            closeScreens(timer, closed);
+            QVERIFY(!app.StartApp(u"S1"_s, {}, u"01/02/2024"_s, f.printerPath(), u"OUT1"_s,
+                                  f.iniPath(), f.db(), mode, {}, {}, Currency::parse(u"10"_s)));
+            QCOMPARE(closed, QStringList{screen});
+            QCOMPARE(app.session().AppValue,
+                     Currency::parse(mode == u"MAINMENU"_s ? u"0"_s : u"10"_s));
+        }
     }
 };
 
