@@ -3,11 +3,17 @@
 #include "card/cardsim.h"
 #include "card/codec.h"
 #include "members/cardissue.h"
-#include "members/session.h"
+#include "members/memberdata.h"
 #include "shell/database.h"
+#include "shell/screens.h"
+#include "shell/session.h"
+#include "support/dialogs.h"
+#include "support/fixtures.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QTableView>
 #include <QTest>
@@ -24,11 +30,26 @@ QLineEdit* txt(QWidget* w, int i) {
 QPushButton* cbut(QWidget* w, int i) {
     return test::child<QPushButton>(w, u"CBUT(%1)"_s.arg(i));
 }
-QWidget* focused() {
-    return QApplication::focusWidget();
+
+// Runs the step in the screen (objectName name) that `open` shows and returns what `open`
+// returned. A check that fails in the step closes the screen, so that the test reports the
+// failure instead of waiting on a dialog nobody will close.
+template <typename Open>
+auto onScreen(const QString& name, std::function<void(QWidget*)> step, Open&& open) {
+    test::OnModal modal(name, [&step](QWidget* w) {
+        const QPointer<QWidget> screen(w);
+        step(w);
+        if (screen && screen->isVisible() && QTest::currentTestFailed())
+            screen->close();
+    });
+    auto result = open();
+    if (!modal.ran())
+        qWarning("screen %s never opened", qPrintable(name));
+    return result;
 }
+
 void onRegister(SessionSettings& s, std::function<void(QWidget*)> step) {
-    test::onScreen(u"MFCUST"_s, std::move(step), [&] {
+    onScreen(u"MFCUST"_s, std::move(step), [&] {
         showMemberRegister(s);
         return true;
     });
@@ -54,10 +75,12 @@ QByteArray text(const QByteArray& block) {
 
 } // namespace
 
+// The member register, its lookups and the staff entry that opens a top-up.
 class TestRegister final : public QObject {
     Q_OBJECT
 
     test::Fixture* f = nullptr;
+    SessionSettings s; // on the fixture's database with a fixed clock, as StartApp leaves it
 
 private Q_SLOTS:
     void init() {
@@ -65,8 +88,19 @@ private Q_SLOTS:
         f->addMember(u"A1"_s, u"ALICE"_s);
         f->addMember(u"B2"_s, u"BOB"_s, u"A1"_s);
         f->addMember(u"X9"_s, u"GONE"_s, {}, true);
+        f->addStaff(u"S01"_s, u"ALICE TAN"_s);
+        f->addStaff(u"S02"_s, u"BOB LEFT"_s, true);
+        f->addStaff(u"s03"_s, u"CHOY"_s);
+        s = SessionSettings();
+        s.Conn = f->db();
+        s.StaffCode = u"S01"_s;
+        s.BzDate = u"15/11/2026"_s;
+        s.clock = [] { return QDateTime(QDate(2026, 11, 15), QTime(10, 30)); };
     }
-    void cleanup() { delete f; }
+    void cleanup() {
+        s = SessionSettings(); // lets go of the connection before the fixture removes it
+        delete f;
+    }
 
     void newMemberIsSavedWhateverTheCardDoes_data() {
         QTest::addColumn<QString>("cardState");
@@ -97,7 +131,6 @@ private Q_SLOTS:
         QFETCH(QByteArray, code);
 
         test::CardSim sim;
-        SessionSettings s = test::sessionOn(*f);
         sim.attach(s);
         if (cardState != u"none"_s)
             sim.put({0x0A, 0x0B, 0x0C, 0x0D});
@@ -112,7 +145,7 @@ private Q_SLOTS:
             boxes.queue(answer);
         onRegister(s, [&](QWidget* w) {
             cbut(w, 1)->click();
-            QTRY_COMPARE(focused(), txt(w, 0));
+            QTRY_COMPARE(QApplication::focusWidget(), txt(w, 0));
             type(txt(w, 0), u"N0001"_s);
             type(txt(w, 1), name);
             type(txt(w, 9), u"F"_s);
@@ -129,48 +162,39 @@ private Q_SLOTS:
         QCOMPARE(f->rows(u"SELECT MemberName, sex FROM tloy_mt_member WHERE MemberCode='N0001'"_s),
                  name + u"|F"_s);
         // The card written is registered as the new member's.
-        QCOMPARE(
-            logLines(*f).split(u'\n').filter(u"N0001"_s),
-            QStringList((code.isEmpty() ? QStringList()
-                                        : QStringList{u"Card Registered : CardNo : N0001 "
-                                                      "Serial : V0A0B0C0DS"_s})
-                        << u"Writing New Member Code : N0001/"_s + name + u" to Mifare Card"_s));
+        const QString written = u"Writing New Member Code : N0001/"_s + name + u" to Mifare Card"_s;
+        const QStringList logged{u"Card Registered : CardNo : N0001 Serial : V0A0B0C0DS"_s,
+                                 written};
+        QCOMPARE(logLines(*f).split(u'\n').filter(u"N0001"_s),
+                 code.isEmpty() ? logged.mid(1) : logged);
         QCOMPARE(text(sim.block(41)), code);
-        if (!code.isEmpty()) {
+        if (!code.isEmpty())
             QCOMPARE(text(card::decrypt(text(sim.block(40)))) + ' ' + text(sim.block(42)) + ' ' +
                          text(sim.block(36)),
                      "V0A0B0C0DS " + name.left(16).toLatin1() + " 0");
-        }
     }
 
     // Each bad entry keeps the focus in its box; leaving with Escape saves nothing.
-    void badEntryKeepsTheOperatorInTheBox_data() {
-        QTest::addColumn<bool>("adding");
-        QTest::addColumn<int>("box");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("code with a blank")
-            << true << 0 << u"N 1"_s << u"Invalid Input Character !!!"_s;
-        QTest::newRow("duplicate code") << true << 0 << u"B2"_s << u"Duplicated Member Code !!!"_s;
-        QTest::newRow("lower-case sex") << false << 9 << u"m"_s << u"Invalid Sex Type !!!"_s;
-        QTest::newRow("unknown introducer")
-            << false << 12 << u"ZZ"_s << u"Invalid Introducer Code !!!"_s;
-    }
     void badEntryKeepsTheOperatorInTheBox() {
-        QFETCH(bool, adding);
-        QFETCH(int, box);
-        QFETCH(QString, typed);
-        QFETCH(QString, message);
-        SessionSettings s = test::sessionOn(*f);
-        test::MessageBoxes boxes;
-        onRegister(s, [&](QWidget* w) {
-            if (adding)
-                cbut(w, 1)->click();
-            type(txt(w, box), typed);
-            QTRY_COMPARE(focused(), txt(w, box));
-            QTest::keyClick(focused(), Qt::Key_Escape);
-        });
-        QCOMPARE(boxes.texts(), QStringList{message});
+        struct Case {
+            bool adding;
+            int box;
+            QString typed, message;
+        };
+        for (const Case& c : {Case{true, 0, u"N 1"_s, u"Invalid Input Character !!!"_s},
+                              Case{true, 0, u"B2"_s, u"Duplicated Member Code !!!"_s},
+                              Case{false, 9, u"m"_s, u"Invalid Sex Type !!!"_s},
+                              Case{false, 12, u"ZZ"_s, u"Invalid Introducer Code !!!"_s}}) {
+            test::MessageBoxes boxes;
+            onRegister(s, [&](QWidget* w) {
+                if (c.adding)
+                    cbut(w, 1)->click();
+                type(txt(w, c.box), c.typed);
+                QTRY_COMPARE(QApplication::focusWidget(), txt(w, c.box));
+                QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+            });
+            QCOMPARE(boxes.texts(), QStringList{c.message});
+        }
         QCOMPARE(f->rows(u"SELECT COUNT(*), COUNT(sex) FROM tloy_mt_member"_s), u"3|0"_s);
         QCOMPARE(logLines(*f), QString());
     }
@@ -182,15 +206,20 @@ private Q_SLOTS:
         GenClass app;
         test::MessageBoxes boxes;
         boxes.queue(QMessageBox::Yes);
-        test::OnModal step(u"MFCUST"_s, test::closingOnFailure([](QWidget* w) {
-                               cbut(w, 3)->click(); // A1, no rows: removed
-                               QCOMPARE(txt(w, 0)->text(), u"B2"_s);
-                               cbut(w, 3)->click(); // B2, a top-up row
-                               w->close();
-                           }));
-        QVERIFY(!app.StartApp(u"S01"_s, {}, u"15/11/2026"_s, f->printerPath(), u"OUT1"_s,
-                              f->iniPath(), f->db(), u"MEMBER"_s, u"T1"_s, u"B1"_s, Currency()));
-        QVERIFY(step.ran());
+        const bool started = onScreen(
+            u"MFCUST"_s,
+            [](QWidget* w) {
+                cbut(w, 3)->click(); // A1, no rows: removed
+                QCOMPARE(txt(w, 0)->text(), u"B2"_s);
+                cbut(w, 3)->click(); // B2, a top-up row
+                w->close();
+            },
+            [&] {
+                return app.StartApp(u"S01"_s, {}, u"15/11/2026"_s, f->printerPath(), u"OUT1"_s,
+                                    f->iniPath(), f->db(), u"MEMBER"_s, u"T1"_s, u"B1"_s,
+                                    Currency());
+            });
+        QVERIFY(!started);
         QCOMPARE(boxes.texts(), (QStringList{u"Confirm to Remove ALICE ?"_s,
                                              u"Function Rejected !!! Transaction Found !!!"_s}));
         QCOMPARE(boxes.seen().at(0).preferred, QMessageBox::No);
@@ -199,8 +228,21 @@ private Q_SLOTS:
         QCOMPARE(logLines(*f), u"Remove Member Code : A1/ALICE"_s);
     }
 
-    void introducerLookupAbandonedWithEscapeEmptiesTheBox() {
-        SessionSettings s = test::sessionOn(*f);
+    // A double-click picks column 0 of the row as shown. Escape in the introducer's lookup
+    // picks nothing, even after a pick, and empties the box.
+    void lookupPicksColumnZeroAndEscapePicksNothing() {
+        f->addMember(u"B3  "_s, u"BOB"_s);
+        const std::optional<QString> picked = onScreen(
+            u"SEAFORM"_s,
+            [](QWidget* w) {
+                auto* view = test::child<QTableView>(w, u"DataGrid1"_s);
+                const QModelIndex third = view->model()->index(2, 1);
+                view->setCurrentIndex(third);
+                QTest::mouseDClick(view->viewport(), Qt::LeftButton, {},
+                                   view->visualRect(third).center());
+            },
+            [&] { return pickFromLookup(s, members::memberSearchLookup()); });
+        QCOMPARE(picked, std::optional<QString>(u"B3  "_s));
         test::MessageBoxes boxes;
         onRegister(s, [&](QWidget* w) {
             test::OnModal lookup(u"SEAFORM"_s, [&](QWidget* grid) {
@@ -214,6 +256,40 @@ private Q_SLOTS:
             w->close();
         });
         QCOMPARE(boxes.texts(), QStringList());
+    }
+
+    // "&Ok" hands back the code upper-cased with the name; an inactive code keeps the operator
+    // in the box; "&Close" hands back nothing.
+    void staffEntryReturnsWhatOkConfirms() {
+        struct Case {
+            QString typed;
+            bool ok;
+            QString shown, message;
+        };
+        for (const Case& c : {Case{u"S02"_s, false, {}, u"Invalid Staff Code !!!"_s},
+                              Case{u"s03"_s, true, u"CHOY"_s, {}}, // stored lower case
+                              Case{u"s01"_s, true, u"ALICE TAN"_s, {}},
+                              Case{u"S01"_s, false, u"ALICE TAN"_s, {}}}) {
+            test::MessageBoxes boxes;
+            const std::optional<StaffMember> staff = onScreen(
+                u"MFCOMM"_s,
+                [&](QWidget* w) {
+                    auto* box = test::child<QLineEdit>(w, u"TXT"_s);
+                    test::focusOn(box);
+                    QTest::keyClicks(box, c.typed);
+                    QTest::keyClick(box, Qt::Key_Tab);
+                    if (!c.message.isEmpty())
+                        QTRY_COMPARE(QApplication::focusWidget(), box);
+                    QCOMPARE(test::child<QLabel>(w, u"SNAME"_s)->text(), c.shown);
+                    QTest::mouseClick(test::child<QPushButton>(w, c.ok ? u"CSAVE"_s : u"CEXIT"_s),
+                                      Qt::LeftButton);
+                },
+                [&] { return askStaffMember(s); });
+            QCOMPARE(boxes.texts(), c.message.isEmpty() ? QStringList() : QStringList{c.message});
+            QCOMPARE(staff.has_value(), c.ok);
+            if (staff)
+                QCOMPARE(staff->code + u'|' + staff->name, c.typed.toUpper() + u'|' + c.shown);
+        }
     }
 };
 
