@@ -31,9 +31,8 @@ QPushButton* cbut(QWidget* w, int i) {
     return test::child<QPushButton>(w, u"CBUT(%1)"_s.arg(i));
 }
 
-// Runs the step in the screen (objectName name) that `open` shows and returns what `open`
-// returned. A check that fails in the step closes the screen, so that the test reports the
-// failure instead of waiting on a dialog nobody will close.
+// Runs the step in the screen `open` shows and returns what `open` returned; a failed check
+// closes the screen, so the test reports it instead of waiting on a dialog nobody closes.
 template <typename Open>
 auto onScreen(const QString& name, std::function<void(QWidget*)> step, Open&& open) {
     test::OnModal modal(name, [&step](QWidget* w) {
@@ -228,8 +227,7 @@ private Q_SLOTS:
         QCOMPARE(logLines(*f), u"Remove Member Code : A1/ALICE"_s);
     }
 
-    // A double-click picks column 0 of the row as shown. Escape in the introducer's lookup
-    // picks nothing, even after a pick, and empties the box.
+    // A double-click picks column 0 as shown; Escape later picks nothing and empties the box.
     void lookupPicksColumnZeroAndEscapePicksNothing() {
         f->addMember(u"B3  "_s, u"BOB"_s);
         const std::optional<QString> picked = onScreen(
@@ -258,8 +256,7 @@ private Q_SLOTS:
         QCOMPARE(boxes.texts(), QStringList());
     }
 
-    // "&Ok" hands back the code upper-cased with the name; an inactive code keeps the operator
-    // in the box; "&Close" hands back nothing.
+    // Ok hands back the code upper-cased with its name; an inactive code or Close, nothing.
     void staffEntryReturnsWhatOkConfirms() {
         struct Case {
             QString typed;

@@ -66,8 +66,8 @@ QString total(const QString& amount) {
     return u"Total :   "_s + Blank20 + amount.rightJustified(10, u' ');
 }
 
-// A posted line as the slip reads it, under the reference R'3; `extra` overrides columns.
-QVariantMap slipLine(const QString& type, const QVariantMap& extra = {}) {
+// Posts a line as the slip reads it, under the reference R'3; `extra` overrides columns.
+void slipLine(const test::Fixture& f, const QString& type, const QVariantMap& extra = {}) {
     const QStringList names = u"CardNo,Name,TrsDate,RefTrsNo,Billtype,PValue,PreviousValue,"
                               "NewValue,PendingValue,TopupValue,ExtraValue,Remark"_s.split(u',');
     const QStringList values = QString(u"000123|TAN AH KOW|2024-02-01 14:05:09|R'3|"_s + type +
@@ -77,7 +77,7 @@ QVariantMap slipLine(const QString& type, const QVariantMap& extra = {}) {
     for (qsizetype i = 0; i < names.size(); ++i)
         row.insert(names.at(i), values.at(i));
     row.insert(extra);
-    return row;
+    test::insertRow(f.db(), Trs, row.keys().join(u','), row.values());
 }
 
 void compareReport(const QString& actual, const QStringList& expected) {
@@ -160,8 +160,7 @@ private Q_SLOTS:
                          u"S1                                  1.00"_s, Rule, total(u"3.00"_s)}));
     }
 
-    // Balances as at the to-date and top-ups pending in the range; the details list every
-    // pending top-up, oldest first, a long bill number cut short.
+    // The balances' pending block keeps to the range; the details list every pending top-up.
     void balancesAndPendingTopUps() {
         test::Fixture f;
         f.addMember(u"C1"_s, u"ANN LEE"_s);
@@ -206,9 +205,8 @@ private Q_SLOTS:
                 << u""_s << Rule << total(u"3.75"_s) << u""_s << End);
     }
 
-    // A grid leaves as it is shown: captions first, formatted dates and amounts, quoting where
-    // a spreadsheet needs it and no formula run from a typed value. A report leaves as the
-    // printer gets it, without the printer's control codes.
+    // A grid leaves as shown, quoted for a spreadsheet and with no formula run from a typed
+    // value; a report leaves as printed, without the printer's control codes.
     void exportsAreTheBytesShown() {
         test::Fixture f;
         trs(f, u"2024-02-01 10:00:00"_s, u"IN"_s, u"5"_s, u"C1"_s, u"ANN"_s, u"=SUM(A1)"_s,
@@ -233,9 +231,8 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(Error, reports::writeExport(dir.filePath(u"no/such.txt"_s), "x"));
     }
 
-    // The value block follows the screen's mode, not the bill type; null name or remark lines
-    // are left out. The settlement line sharing the reference is never the slip, and the
-    // reference reaches the statement as a value.
+    // The value block follows the screen's mode, not the bill type; null lines are left out.
+    // The settlement line sharing the reference is never the slip.
     void slipValueBlockFollowsTheScreenMode_data() {
         QTest::addColumn<QString>("billType");
         QTest::addColumn<QString>("mode");
@@ -275,9 +272,9 @@ private Q_SLOTS:
         const auto slip = [&](const QString& ref) {
             return reports::transactionSlip(f.db(), ref, modeFromText(mode));
         };
-        test::insertRow(f.db(), Trs, slipLine(u"PED"_s));
+        slipLine(f, u"PED"_s);
         QCOMPARE(slip(u"R'3"_s), QString());
-        test::insertRow(f.db(), Trs, slipLine(billType, values));
+        slipLine(f, billType, values);
         compareReport(slip(u"R'3"_s),
                       QStringList{Rule, u"       ** TRANSACTION SUMMARY **"_s, Rule, u""_s,
                                   expected.first(), u"RefNo#   : R'3"_s,
@@ -286,8 +283,7 @@ private Q_SLOTS:
         QCOMPARE(slip(u"x' OR '1'='1"_s), QString());
     }
 
-    // A name's control characters (here a drawer kick, a cut and a line break) never reach
-    // the printer.
+    // A name's control characters (drawer kick, cut, line break) never reach the printer.
     void enquirySlip() {
         const QString slip = reports::enquirySlip(u"000123"_s, u"TAN \x1b\x1d\r\nAH KOW"_s,
                                                   Currency::parse(u"1234.567"_s),

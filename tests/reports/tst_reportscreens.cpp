@@ -29,17 +29,6 @@ namespace {
 
 const QDateTime Now(QDate(2024, 2, 5), QTime(9, 30, 0));
 
-SessionSettings sessionFor(const test::Fixture& f) {
-    SessionSettings s;
-    s.Conn = f.db();
-    s.Printer = f.printerPath();
-    s.BzDate = u"01/02/2024"_s;
-    s.OutletCode = u"OUT1"_s;
-    s.StaffCode = u"S1"_s;
-    s.clock = [] { return Now; };
-    return s;
-}
-
 void trs(const test::Fixture& f, const QString& card, const QString& date, const QString& type,
          const QString& value, const QString& ref) {
     test::insertRow(
@@ -73,8 +62,7 @@ void click(QWidget* form, const QString& name) {
     test::child<QAbstractButton>(form, name)->click();
 }
 
-// Closes every screen but `keep` that becomes the active modal one, recording its name (with the
-// mode of a transaction screen); message boxes are left to test::MessageBoxes.
+// Closes and records (with a transaction screen's mode) every modal screen but `keep`.
 void closeScreens(QTimer& timer, QStringList& closed, const QString& keep = {}) {
     QObject::connect(&timer, &QTimer::timeout, [&closed, keep] {
         QWidget* w = QApplication::activeModalWidget();
@@ -95,16 +83,33 @@ void closeScreens(QTimer& timer, QStringList& closed, const QString& keep = {}) 
 class TestReportScreens final : public QObject {
     Q_OBJECT
 
+    test::Fixture* f = nullptr;
+    SessionSettings s;
+
 private Q_SLOTS:
+    void init() {
+        f = new test::Fixture;
+        s = SessionSettings();
+        s.Conn = f->db();
+        s.Printer = f->printerPath();
+        s.IniPath = f->iniPath();
+        s.BzDate = u"01/02/2024"_s;
+        s.OutletCode = u"OUT1"_s;
+        s.StaffCode = u"S1"_s;
+        s.clock = [] { return Now; };
+    }
+    void cleanup() {
+        s = SessionSettings(); // lets go of the connection before the fixture removes it
+        delete f;
+    }
+
     void endOfDayRefusesBadDatesRunsLogsAndPrints() {
-        test::Fixture f;
-        f.addStaff(u"S1"_s, u"ALI"_s);
-        test::insertRow(f.db(), u"Customize_StaffComm"_s, u"StaffCode,TrsDate,PValue,RefTrsNo"_s,
+        f->addStaff(u"S1"_s, u"ALI"_s);
+        test::insertRow(f->db(), u"Customize_StaffComm"_s, u"StaffCode,TrsDate,PValue,RefTrsNo"_s,
                         {u"S1"_s, u"2024-02-02 10:00:00"_s, u"1.5"_s, u"R1"_s});
-        trs(f, u"C12345678901"_s, u"2024-02-02 10:00:00"_s, u"IN"_s, u"5"_s, u"R1"_s);
-        SessionSettings s = sessionFor(f);
+        trs(*f, u"C12345678901"_s, u"2024-02-02 10:00:00"_s, u"IN"_s, u"5"_s, u"R1"_s);
         const QString report =
-            reports::staffCommission(f.db(), {u"OUT1"_s, u"01/02/2024"_s, u"03/02/2024"_s, Now});
+            reports::staffCommission(f->db(), {u"OUT1"_s, u"01/02/2024"_s, u"03/02/2024"_s, Now});
 
         test::MessageBoxes boxes;
         test::OnModal form(u"MEOD"_s, [&](QWidget* eod) {
@@ -117,7 +122,7 @@ private Q_SLOTS:
                 click(eod, button);
                 QCOMPARE(shown(eod), QString());
             }
-            QCOMPARE(f.count(u"Customize_Log"_s), 0);
+            QCOMPARE(f->count(u"Customize_Log"_s), 0);
 
             td->setText(u"01/02/2024"_s);
             td2->setText(u"03/02/2024"_s);
@@ -136,20 +141,18 @@ private Q_SLOTS:
         });
         showEndOfDay(s);
         QVERIFY(form.ran());
-        QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(report));
+        QCOMPARE(test::readFile(f->printerPath()), reports::printerBytes(report));
         QCOMPARE(boxes.texts(),
                  (QStringList{u"Invalid Date Input !!!"_s, u"Invalid Date !!!"_s,
                               u"Invalid Date Input !!!"_s,
                               u"The report cannot be finished: \"C12345678901\" does not fit in "
                               "10 columns."_s}));
-        QCOMPARE(f.rows(u"SELECT StaffCode,Description FROM Customize_Log"_s),
+        QCOMPARE(f->rows(u"SELECT StaffCode,Description FROM Customize_Log"_s),
                  u"S1|View Report Staff Commission From 01/02/2024 to 03/02/2024"_s);
     }
 
     void logViewerShowsOneBusinessDate() {
-        test::Fixture f;
-        f.addStaff(u"S1"_s, u"ALI"_s);
-        SessionSettings s = sessionFor(f);
+        f->addStaff(u"S1"_s, u"ALI"_s);
         s.clock = [] { return QDateTime(QDate(2024, 2, 2), QTime(0, 30)); };
         writeLog(s, u"after midnight"_s);
         s.BzDate = u"02/02/2024"_s;
@@ -173,15 +176,13 @@ private Q_SLOTS:
 
     // The preview of a slip reopened from the list prints what it shows.
     void memberReportListsAndReopensSlips() {
-        test::Fixture f;
-        trs(f, u"C1"_s, u"2024-02-01 00:00:00"_s, u"IN"_s, u"9"_s, u"MIDNIGHT"_s);
-        trs(f, u"C1"_s, u"2024-02-01 00:00:01"_s, u"IN"_s, u"5"_s, u"R1"_s);
-        trs(f, u"C1"_s, u"2024-02-03 23:59:59"_s, u"PED"_s, u"2.5"_s, u"R2"_s);
-        trs(f, u"C2"_s, u"2024-02-02 10:00:00"_s, u"IN"_s, u"7"_s, u"OTHER"_s);
-        SessionSettings s = sessionFor(f);
+        trs(*f, u"C1"_s, u"2024-02-01 00:00:00"_s, u"IN"_s, u"9"_s, u"MIDNIGHT"_s);
+        trs(*f, u"C1"_s, u"2024-02-01 00:00:01"_s, u"IN"_s, u"5"_s, u"R1"_s);
+        trs(*f, u"C1"_s, u"2024-02-03 23:59:59"_s, u"PED"_s, u"2.5"_s, u"R2"_s);
+        trs(*f, u"C2"_s, u"2024-02-02 10:00:00"_s, u"IN"_s, u"7"_s, u"OTHER"_s);
 
         test::MessageBoxes boxes;
-        const QString slipR1 = reports::transactionSlip(f.db(), u"R1"_s, TransactionMode::TopUp);
+        const QString slipR1 = reports::transactionSlip(f->db(), u"R1"_s, TransactionMode::TopUp);
         QString slipShown, opened;
         test::OnModal slip(u"PFORM"_s, [&](QWidget* form) {
             slipShown = shown(form);
@@ -210,7 +211,7 @@ private Q_SLOTS:
             grid->setCurrentIndex(grid->model()->index(0, 1));
             click(rpt, u"CBUT(5)"_s);
             QCOMPARE(slipShown, asShown(slipR1));
-            QCOMPARE(test::readFile(f.printerPath()), reports::printerBytes(slipR1));
+            QCOMPARE(test::readFile(f->printerPath()), reports::printerBytes(slipR1));
 
             test::child<QLineEdit>(rpt, u"TD(1)"_s)->clear();
             click(rpt, u"CBUT(0)"_s);
@@ -223,19 +224,12 @@ private Q_SLOTS:
     }
 
     void everyButtonOpensItsScreenAndReturns() {
-        test::Fixture f;
-        SessionSettings s;
-        s.Conn = f.db();
-        s.BzDate = u"01/02/2024"_s;
-        s.Printer = f.printerPath();
-        s.IniPath = f.iniPath();
         test::MessageBoxes boxes;
         QStringList closed;
         QTimer timer;
         closeScreens(timer, closed, u"MAINMENU"_s);
 
-        // Per button: the screens that opened, and whether the menu is still there. A top-up
-        // whose staff entry is left goes no further, nor does the supervisor without the password.
+        // A top-up left at staff entry goes no further, nor the supervisor without the password.
         QStringList seen;
         test::OnModal menu(u"MAINMENU"_s, [&](QWidget* w) {
             for (int button : {6, 7, 8, 9, 1, 2, 3, 4, 0}) {
@@ -255,20 +249,18 @@ private Q_SLOTS:
         QCOMPARE(s.AppValue, Currency());
     }
 
-    // The menu has no amount of its own to pass on; the supervisor's tools open only past MESC,
-    // and a top-up only past its staff entry.
+    // The menu has no amount to pass on; supervisor and top-up stop at MESC and staff entry.
     void startModesOpenTheirScreens() {
         for (const auto& [mode, screen] :
              {std::pair(u"EOD"_s, u"MEOD"_s), std::pair(u"LOG"_s, u"MFLOG"_s),
               std::pair(u"MAINMENU"_s, u"MAINMENU"_s), std::pair(u"SUPERVISOR"_s, u"MESC"_s),
               std::pair(u"TOPUP"_s, u"MFCOMM"_s)}) {
-            test::Fixture f;
             GenClass app;
             QStringList closed;
             QTimer timer;
             closeScreens(timer, closed);
-            QVERIFY(!app.StartApp(u"S1"_s, {}, u"01/02/2024"_s, f.printerPath(), u"OUT1"_s,
-                                  f.iniPath(), f.db(), mode, {}, {}, Currency::parse(u"10"_s)));
+            QVERIFY(!app.StartApp(u"S1"_s, {}, u"01/02/2024"_s, f->printerPath(), u"OUT1"_s,
+                                  f->iniPath(), f->db(), mode, {}, {}, Currency::parse(u"10"_s)));
             QCOMPARE(closed, QStringList{screen});
             QCOMPARE(app.session().AppValue,
                      Currency::parse(mode == u"MAINMENU"_s ? u"0"_s : u"10"_s));
