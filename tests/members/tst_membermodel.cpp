@@ -2,7 +2,6 @@
 
 #include "support/fixtures.h"
 
-#include <QSqlRecord>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -83,8 +82,7 @@ private Q_SLOTS:
         QVERIFY(model->submitAll());
         QCOMPARE(f->rows(u"select MemberCode from tloy_mt_member where MemberName='RENAMED'"_s),
                  codeOf(450));
-        // The window is loaded again around the same member.
-        QCOMPARE(model->code(row), codeOf(450));
+        QCOMPARE(model->code(row), codeOf(450)); // the window reloaded around the member
 
         model->showOnly(codeOf(250));
         QVERIFY(model->select());

@@ -19,7 +19,6 @@ namespace {
 const QString Rule(40, u'-');
 const QString End = u"-------------End of Report--------------"_s;
 const QString Blank20(20, u' ');
-const QString Trs = u"Customize_Transaction"_s;
 
 reports::EodRequest request(const QString& from = u"01/02/2024"_s,
                             const QString& to = u"03/02/2024"_s) {
@@ -38,7 +37,8 @@ QStringList header(const QString& title, const QString& dateLine) {
 void trs(const test::Fixture& f, const QString& date, const QString& type, const QString& value,
          const QString& card = u"C1"_s, const QVariant& name = u"ANN"_s, const QString& ref = {},
          const QVariant& bill = {}) {
-    test::insertRow(f.db(), Trs, u"TrsDate,Billtype,PValue,CardNo,Name,RefTrsNo,BillNo"_s,
+    test::insertRow(f.db(), u"Customize_Transaction"_s,
+                    u"TrsDate,Billtype,PValue,CardNo,Name,RefTrsNo,BillNo"_s,
                     {date, type, value, card, name, ref, bill});
 }
 
@@ -57,7 +57,6 @@ void comm(const test::Fixture& f, const QString& staff, const QString& date, con
                     {staff, date, value, ref, card, name});
 }
 
-// 30 columns of label, 10 of amount.
 QString row(const QString& label, const QString& amount) {
     return label.leftJustified(30, u' ') + amount.rightJustified(10, u' ');
 }
@@ -77,7 +76,7 @@ void slipLine(const test::Fixture& f, const QString& type, const QVariantMap& ex
     for (qsizetype i = 0; i < names.size(); ++i)
         row.insert(names.at(i), values.at(i));
     row.insert(extra);
-    test::insertRow(f.db(), Trs, row.keys().join(u','), row.values());
+    test::insertRow(f.db(), u"Customize_Transaction"_s, row.keys().join(u','), row.values());
 }
 
 void compareReport(const QString& actual, const QStringList& expected) {
