@@ -16,6 +16,9 @@ using namespace Qt::Literals::StringLiterals;
 // The moment every Save of these tests happens at.
 inline const QDateTime TillMoment(QDate(2026, 11, 15), QTime(16, 33, 5));
 
+inline constexpr char RatesIni[] =
+    "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n";
+
 // What the transaction tests start from: the settings file with the three rates, a database
 // with staff S01, and the simulated reader.
 struct TillBase {
@@ -23,7 +26,7 @@ struct TillBase {
     CardSim sim;
 
     TillBase() {
-        writeFile(f.iniPath(), "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n");
+        writeFile(f.iniPath(), RatesIni);
         f.addStaff(QStringLiteral("S01"), QStringLiteral("Sam"));
     }
 
@@ -53,41 +56,51 @@ struct TillBase {
     }
 };
 
+// A till's session on `db`: staff S01 at outlet OUT1, the rates, the clock at TillMoment.
+inline SessionSettings tillSession(const QSqlDatabase& db, const QString& iniPath) {
+    SessionSettings s;
+    s.Conn = db;
+    s.IniPath = iniPath;
+    s.StaffCode = u"S01"_s;
+    s.BzDate = u"15/11/2026"_s;
+    s.OutletCode = u"OUT1"_s;
+    s.TrsNo = u"T9"_s;
+    s.BillNo = u"B7"_s;
+    s.ServerComm = Currency::parse(u"2"_s);
+    s.DownComm = 5;
+    s.clock = [] { return TillMoment; };
+    return s;
+}
+
+// What Connect does: read the card on the reader, then the member's extras, into the boxes.
+inline bool connectCard(SessionSettings& s, TransactionBoxes& boxes, ConnectedCard& connected) {
+    RecordingPrompts silent;
+    card::MemberCard c(s, silent);
+    card::CardData data;
+    if (c.read(data) != card::ReadResult::Ok)
+        return false;
+    const MemberExtras extras = LoadMemberExtras(s.Conn, data.code);
+    boxes.cardNo = data.code;
+    boxes.name = data.name;
+    boxes.balance = data.balance.format();
+    boxes.pending = extras.pending.format();
+    boxes.introducer = extras.introducer;
+    boxes.staffCode = u"S01"_s;
+    connected = {s.CardSerial, data.code, boxes.balance, extras.found};
+    return true;
+}
+
 // A till without a screen: what Connect read, and the Save given the boxes.
 struct SaveTill : TillBase {
     RecordingPrompts prompts;
-    SessionSettings s;
+    SessionSettings s = tillSession(f.db(), f.iniPath());
     TransactionBoxes boxes;
     ConnectedCard connected;
 
-    SaveTill() {
-        s.Conn = f.db();
-        s.IniPath = f.iniPath();
-        s.StaffCode = u"S01"_s;
-        s.BzDate = u"15/11/2026"_s;
-        s.OutletCode = u"OUT1"_s;
-        s.TrsNo = u"T9"_s;
-        s.BillNo = u"B7"_s;
-        s.ServerComm = Currency::parse(u"2"_s);
-        s.DownComm = 5;
-        s.clock = [] { return TillMoment; };
-        sim.attach(s);
-    }
-    // What Connect does: read the card, then the member's extras.
+    SaveTill() { sim.attach(s); }
     void connect() {
-        RecordingPrompts silent;
-        card::MemberCard c(s, silent);
-        card::CardData data;
-        if (c.read(data) != card::ReadResult::Ok)
+        if (!connectCard(s, boxes, connected))
             qFatal("cannot read the card");
-        const MemberExtras extras = LoadMemberExtras(s.Conn, data.code);
-        boxes.cardNo = data.code;
-        boxes.name = data.name;
-        boxes.balance = data.balance.format();
-        boxes.pending = extras.pending.format();
-        boxes.introducer = extras.introducer;
-        boxes.staffCode = u"S01"_s;
-        connected = {s.CardSerial, data.code, boxes.balance, extras.found};
     }
     SaveOutcome save(TransactionMode mode) {
         return TransactionSave(s, prompts).save(mode, boxes, connected);

@@ -173,9 +173,10 @@ private Q_SLOTS:
                  u"Card Registered : CardNo : 000123 Serial : V11223344S\n"
                  "Writing Topup Value :120.00 to CardNo : 000123/Max"_s);
         QCOMPARE(test::readFile(till.f.iniPath()),
-                 "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n"
-                 "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=000123\r\nCardName=Max\r\nOldValue=20\r\n"
-                 "PenValue=5\r\nWriteValue=110\r\nNewValue=135\r\nReturnRefTrsNo=" +
+                 QByteArray(test::RatesIni) +
+                     "[TRANSACTION]\r\nReturnFlag=1\r\nCardNo=000123\r\nCardName=Max\r\n"
+                     "OldValue=20\r\nPenValue=5\r\nWriteValue=110\r\nNewValue=135\r\n"
+                     "ReturnRefTrsNo=" +
                      ref.toLatin1() + "\r\nPosted=1\r\n");
         // The printer file: ESC @, CR LF, the slip, CR LF, then the cut GS V 66 0.
         const QByteArray printed = test::readFile(till.f.printerPath());

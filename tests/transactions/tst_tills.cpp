@@ -42,21 +42,14 @@ int runTill(int till, const QString& host, const QString& database) {
         return 2;
     }
     QTemporaryDir folder;
-    test::writeFile(folder.filePath(u"pondar.ini"_s),
-                    "[GeneralSetup]\r\nMemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n");
+    test::writeFile(folder.filePath(u"pondar.ini"_s), test::RatesIni);
     test::CardSim sim;
     test::RecordingPrompts prompts;
     QDateTime moment = Start;
-    SessionSettings s;
-    s.Conn = db;
-    s.IniPath = folder.filePath(u"pondar.ini"_s);
-    s.StaffCode = u"S01"_s;
-    s.BzDate = u"15/11/2026"_s;
+    SessionSettings s = test::tillSession(db, folder.filePath(u"pondar.ini"_s));
     s.OutletCode = u"OUT%1"_s.arg(till);
     s.TrsNo = u"T%1"_s.arg(till);
     s.BillNo = u"B%1"_s.arg(till);
-    s.ServerComm = Currency::parse(u"2"_s);
-    s.DownComm = 5;
     s.clock = [&moment] { return moment; };
     sim.attach(s);
 
@@ -82,22 +75,12 @@ int runTill(int till, const QString& host, const QString& database) {
             sim.put(images.at(c));
             // Each Save of a card at a second of its own, so its reference is its own too.
             moment = Start.addSecs(round * 60 + c);
-            test::RecordingPrompts silent;
-            card::MemberCard reader(s, silent);
-            card::CardData data;
-            if (reader.read(data) != card::ReadResult::Ok) {
+            TransactionBoxes boxes;
+            ConnectedCard connected;
+            if (!test::connectCard(s, boxes, connected)) {
                 qCritical("till %d: cannot read card %s", till, qPrintable(codes.at(c)));
                 return 3;
             }
-            const MemberExtras extras = LoadMemberExtras(db, data.code);
-            TransactionBoxes boxes;
-            boxes.cardNo = data.code;
-            boxes.name = data.name;
-            boxes.balance = data.balance.format();
-            boxes.pending = extras.pending.format();
-            boxes.introducer = extras.introducer;
-            boxes.staffCode = u"S01"_s;
-            const ConnectedCard connected{s.CardSerial, data.code, boxes.balance, extras.found};
             const bool topUp = round % 2 == 0 || codes.at(c) == Introducer;
             (topUp ? boxes.topUp : boxes.withdraw) = topUp ? u"10"_s : u"3"_s;
             const SaveOutcome out =
@@ -116,23 +99,19 @@ int runTill(int till, const QString& host, const QString& database) {
     QTextStream out(stdout);
     for (int c = 0; c < codes.size(); ++c) {
         sim.put(images.at(c));
-        test::RecordingPrompts silent;
-        card::MemberCard reader(s, silent);
-        card::CardData data;
-        if (reader.read(data) != card::ReadResult::Ok)
+        TransactionBoxes boxes;
+        ConnectedCard connected;
+        if (!test::connectCard(s, boxes, connected))
             return 5;
-        out << "CARD " << codes.at(c) << ' ' << data.balance.toShortString() << '\n';
+        out << "CARD " << codes.at(c) << ' ' << Currency::parse(boxes.balance).toShortString()
+            << '\n';
     }
     out << "POSTED " << posted << '\n';
     return 0;
 }
 
-// A card's ledger balance straight from the table: the latest line that is not "PED".
 Currency ledger(const test::Fixture& f, const QString& code) {
-    return db::readMoney(
-        f.scalar(u"SELECT NewValue FROM Customize_Transaction WHERE CardNo=? AND Billtype<>'PED' "
-                 "ORDER BY ID DESC LIMIT 1"_s,
-                 {code}));
+    return ledgerBalance(f.db(), code).balance;
 }
 
 } // namespace
