@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <fcntl.h>
@@ -38,42 +37,22 @@ std::unique_ptr<PcscStack>& theStack() {
 quint16 freePortPair() {
     for (int attempt = 0; attempt < 20; ++attempt) {
         const int a = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const int b = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_ANY);
         socklen_t length = sizeof address;
-        if (a < 0 || ::bind(a, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-            ::getsockname(a, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-            if (a >= 0)
-                ::close(a);
-            continue;
-        }
+        auto* any = reinterpret_cast<sockaddr*>(&address);
+        bool free = ::bind(a, any, length) == 0 && ::getsockname(a, any, &length) == 0;
         const quint16 port = ntohs(address.sin_port);
-        const int b = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         address.sin_port = htons(quint16(port + 1));
-        const bool nextFree = port < 65535 && b >= 0 &&
-                              ::bind(b, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+        free = free && port < 65535 && ::bind(b, any, length) == 0;
         ::close(a);
-        if (b >= 0)
-            ::close(b);
-        if (nextFree)
+        ::close(b);
+        if (free)
             return port;
     }
     return 0;
-}
-
-QByteArray findDriver() {
-    const QStringList candidates = {
-        QStringLiteral(PONDAR_PCSC_DRIVERS) + u"/serial/libifdvpcd.so"_s,
-        u"/usr/lib/pcsc/drivers/serial/libifdvpcd.so"_s,
-        u"/usr/lib64/pcsc/drivers/serial/libifdvpcd.so"_s,
-        u"/usr/local/lib/pcsc/drivers/serial/libifdvpcd.so"_s,
-    };
-    for (const QString& path : candidates) {
-        if (QFileInfo::exists(path))
-            return QFile::encodeName(path);
-    }
-    return {};
 }
 
 } // namespace
@@ -98,23 +77,15 @@ PcscStack::~PcscStack() {
 }
 
 bool PcscStack::prepare(QString* whyNot) {
-    QString pcscd = QStandardPaths::findExecutable(
-        u"pcscd"_s, {u"/usr/sbin"_s, u"/sbin"_s, u"/usr/local/sbin"_s});
-    if (pcscd.isEmpty())
-        pcscd = QStandardPaths::findExecutable(u"pcscd"_s);
+    const QString pcscd = QStandardPaths::findExecutable(u"pcscd"_s, {u"/usr/sbin"_s, u"/sbin"_s});
     if (pcscd.isEmpty()) {
         *whyNot = u"pcscd is not installed (Debian package pcscd)"_s;
         return false;
     }
     m_pcscd = QFile::encodeName(pcscd);
-    m_driver = findDriver();
-    if (m_driver.isEmpty()) {
-        *whyNot = u"the vpcd virtual reader driver is not installed (Debian package "
-                  "vsmartcard-vpcd)"_s;
-        return false;
-    }
-    if (!m_dir.isValid()) {
-        *whyNot = u"no temporary folder for pcscd"_s;
+    m_driver = PONDAR_PCSC_DRIVERS "/serial/libifdvpcd.so";
+    if (!QFile::exists(QFile::decodeName(m_driver))) {
+        *whyNot = u"the vpcd driver is not installed (Debian package vsmartcard-vpcd)"_s;
         return false;
     }
     m_port = freePortPair();
@@ -223,8 +194,7 @@ bool PcscStack::start(QString* whyNot) {
     QElapsedTimer waited;
     waited.start();
     while (waited.elapsed() < 15000) {
-        int wstatus = 0;
-        if (::waitpid(m_pid, &wstatus, WNOHANG) == m_pid) {
+        if (::waitpid(m_pid, nullptr, WNOHANG) == m_pid) {
             m_pid = -1;
             *whyNot = u"pcscd stopped as it started: "_s + logTail();
             return false;
@@ -263,44 +233,29 @@ void PcscStack::stop() {
     ::kill(m_pid, SIGTERM);
     QElapsedTimer waited;
     waited.start();
-    int wstatus = 0;
-    while (::waitpid(m_pid, &wstatus, WNOHANG) != m_pid) {
-        if (waited.elapsed() > 5000) {
-            ::kill(m_pid, SIGKILL);
-            ::waitpid(m_pid, &wstatus, 0);
-            break;
-        }
+    bool gone = false;
+    while (!(gone = ::waitpid(m_pid, nullptr, WNOHANG) == m_pid) && waited.elapsed() < 5000)
         ::usleep(20 * 1000);
+    if (!gone) {
+        ::kill(m_pid, SIGKILL);
+        ::waitpid(m_pid, nullptr, 0);
     }
     m_pid = -1;
 }
 
 bool PcscStack::waitForCard(bool present, int timeoutMs) {
-    QElapsedTimer waited;
-    waited.start();
     SCARD_READERSTATE state{};
     state.szReader = m_readerName.constData();
     state.dwCurrentState = SCARD_STATE_UNAWARE;
-    while (waited.elapsed() < timeoutMs) {
-        if (!m_hasContext) {
-            if (SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr, &m_context) !=
-                SCARD_S_SUCCESS) {
-                ::usleep(50 * 1000);
-                continue;
-            }
-            m_hasContext = true;
-        }
+    QElapsedTimer waited;
+    waited.start();
+    while (m_hasContext && waited.elapsed() < timeoutMs) {
         const DWORD slice = DWORD(std::min<qint64>(500, timeoutMs - waited.elapsed() + 1));
         const LONG rv = SCardGetStatusChange(m_context, slice, &state, 1);
         if (rv == SCARD_E_TIMEOUT)
             continue;
-        if (rv != SCARD_S_SUCCESS) {
-            SCardReleaseContext(m_context);
-            m_hasContext = false;
-            state.dwCurrentState = SCARD_STATE_UNAWARE;
-            ::usleep(50 * 1000);
-            continue;
-        }
+        if (rv != SCARD_S_SUCCESS)
+            return false;
         const DWORD s = state.dwEventState;
         if (present ? (s & SCARD_STATE_PRESENT) && !(s & SCARD_STATE_MUTE) && state.cbAtr > 0
                     : (s & SCARD_STATE_EMPTY) != 0)

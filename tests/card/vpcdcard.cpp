@@ -52,7 +52,7 @@ bool sendAll(int fd, const QByteArray& bytes) {
 } // namespace
 
 QByteArray VpcdCard::atr(int tagType) {
-    const char name = tagType == 3 ? 0x02 : tagType == 5 ? 0x03 : 0x01;
+    const char name = tagType == 5 ? 0x03 : 0x01;
     QByteArray atr =
         QByteArray::fromHex("3B8F8001804F0CA0000003060300") + name + QByteArray(4, '\0');
     char check = 0;
@@ -95,43 +95,6 @@ VpcdCard::~VpcdCard() {
         m_thread.join();
     if (m_fd >= 0)
         ::close(m_fd);
-}
-
-QByteArray VpcdCard::image() const {
-    std::lock_guard lock(m_mutex);
-    return m_image;
-}
-
-void VpcdCard::setLocked(bool locked) {
-    std::lock_guard lock(m_mutex);
-    m_locked = locked;
-}
-
-void VpcdCard::setDialect(bool refusesSlot0, bool olderAuthenticateOnly) {
-    std::lock_guard lock(m_mutex);
-    m_refusesSlot0 = refusesSlot0;
-    m_olderOnly = olderAuthenticateOnly;
-}
-
-void VpcdCard::answerNext(quint8 ins, const QByteArray& raw) {
-    std::lock_guard lock(m_mutex);
-    m_answers[ins] = raw;
-}
-
-void VpcdCard::vanishOn(quint8 ins) {
-    std::lock_guard lock(m_mutex);
-    m_vanishOn = ins;
-}
-
-void VpcdCard::setLosesWrites(bool loses) {
-    std::lock_guard lock(m_mutex);
-    m_losesWrites = loses;
-}
-
-int VpcdCard::count(quint8 ins) const {
-    std::lock_guard lock(m_mutex);
-    const auto it = m_counts.find(ins);
-    return it == m_counts.end() ? 0 : it->second;
 }
 
 void VpcdCard::serve() {
@@ -243,8 +206,7 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
             return sw(0x6982);
         if (p2 == 0 || m_locked)
             return sw(0x6986);
-        if (!m_losesWrites)
-            m_image.replace(p2 * BlockSize, BlockSize, c.mid(5, BlockSize));
+        m_image.replace(p2 * BlockSize, BlockSize, c.mid(5, BlockSize));
         return sw(0x9000);
     }
     default:
