@@ -92,10 +92,4 @@ QByteArray CardBench::image() const {
     return m_card ? m_card->image() : QByteArray();
 }
 
-QString CardBench::readerChoice() const {
-    if (m_sim)
-        return u"sim:"_s + m_sim->dir.path();
-    return u"pcsc:"_s + QString::fromLatin1(m_stack->readerName());
-}
-
 } // namespace pondar::test
