@@ -23,7 +23,10 @@ struct OnReader {
     MemberCard card{s, prompts};
     CardData data;
 
-    OnReader() { bench.attach(s); }
+    OnReader() {
+        bench.attach(s);
+        bench.put({1, 2, 3, 4});
+    }
 
     // Writes a member record onto the card in the field, as card issue does.
     void issue(const QString& code, const QString& value) {
@@ -50,7 +53,6 @@ private Q_SLOTS:
     // (which a top-up would write over), stops the read.
     void readsOnlyItsOwnRecord() {
         OnReader r;
-        r.bench.put({0x55, 0x66, 0x77, 0x88});
         const QByteArray blank = r.bench.image();
         r.bench.put({0x1A, 0x2B, 0x3C, 0x4D});
         r.issue(u"000001"_s, u"150.5"_s);
@@ -82,11 +84,7 @@ private Q_SLOTS:
         QTest::newRow("CR LF in NAME") << 42 << padded("A\r\nWriteValue=9") << bad;
         QTest::newRow("ESC p in NAME") << 42 << padded("TAN\x1bp\x00") << bad;
         QTest::newRow("GS V in CODE") << 41 << padded("0001\x1dV\x42") << bad;
-        QTest::newRow("text after NUL") << 41
-                                        << QByteArray("0001\0"
-                                                      "ABCDEFGHIJK",
-                                                      16)
-                                        << bad;
+        QTest::newRow("text after NUL") << 41 << QByteArray("0001\0ABCDEFGHIJK", 16) << bad;
         QTest::newRow("DEL in CODE") << 41 << padded("0001\x7f") << bad;
         QTest::newRow("tab in NAME") << 42 << padded("TAN\tKOW") << bad;
         QTest::newRow("0xFF is a letter") << 42 << padded("\xff\xff") << int(ReadResult::Ok);
@@ -100,7 +98,6 @@ private Q_SLOTS:
         QFETCH(int, block);
         QFETCH(QByteArray, bytes);
         OnReader r;
-        r.bench.put({0x1A, 0x2B, 0x3C, 0x4D});
         r.issue(u"000001"_s, u"10"_s);
         QByteArray image = r.bench.image();
         image.replace(block * 16, 16, bytes);
@@ -113,7 +110,6 @@ private Q_SLOTS:
 
     void fieldOf16Or17Characters() {
         OnReader r;
-        r.bench.put({1, 2, 3, 4});
         QVERIFY(r.card.openSelectLogin(MemberSector));
         QVERIFY(r.card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOP"_s));
         QCOMPARE(r.card.readField(MemberSector, 2), u"ABCDEFGHIJKLMNOP"_s);
@@ -125,7 +121,6 @@ private Q_SLOTS:
 
     void confirmAndWriteValue() {
         OnReader r;
-        r.bench.put({1, 2, 3, 4});
         r.issue(u"000005"_s, u"50"_s);
         const QByteArray before = r.bench.image();
 

@@ -6,7 +6,6 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -88,7 +87,6 @@ VpcdCard::VpcdCard(quint16 port, const QByteArray& image, int tagType)
 }
 
 VpcdCard::~VpcdCard() {
-    m_stop = true;
     if (m_fd >= 0)
         ::shutdown(m_fd, SHUT_RDWR);
     if (m_thread.joinable())
@@ -98,13 +96,8 @@ VpcdCard::~VpcdCard() {
 }
 
 void VpcdCard::serve() {
-    while (!m_stop) {
-        pollfd p{m_fd, POLLIN, 0};
-        const int ready = ::poll(&p, 1, 100);
-        if (ready == 0)
-            continue;
-        if (ready < 0)
-            return;
+    // Until the card is taken away: shutting the socket down ends the wait for a message.
+    for (;;) {
         char head[2];
         if (!receiveAll(m_fd, head, 2))
             return;
@@ -131,18 +124,12 @@ void VpcdCard::serve() {
 QByteArray VpcdCard::answer(const QByteArray& message, bool& vanish) {
     std::lock_guard lock(m_mutex);
     if (message.size() == 1) {
-        switch (quint8(message[0])) {
-        case 0x00: // power off
-        case 0x01: // power on
-        case 0x02: // reset
+        const quint8 code = quint8(message[0]);
+        if (code <= 0x02) { // power off, power on, reset
             m_halted = false;
             m_loggedSector = -1;
-            return {};
-        case 0x04:
-            return atr(m_tagType);
-        default:
-            return {};
         }
+        return code == 0x04 ? atr(m_tagType) : QByteArray();
     }
     return apdu(message, vanish);
 }
@@ -186,17 +173,10 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
         if (c.size() != 6)
             return sw(0x6700);
         return authenticate(p2, quint8(c[4]), quint8(c[5]));
-    case 0xB0: { // Read Binary
-        if (m_halted)
-            return sw(0x6300);
-        if (p2 >= Blocks)
-            return sw(0x6A82);
-        if (m_loggedSector != p2 / 4)
-            return sw(0x6982);
-        return m_image.mid(p2 * BlockSize, BlockSize) + sw(0x9000);
-    }
+    case 0xB0:   // Read Binary
     case 0xD6: { // Update Binary
-        if (c.size() != 5 + BlockSize || quint8(c[4]) != BlockSize)
+        const bool write = ins == 0xD6;
+        if (write && (c.size() != 5 + BlockSize || quint8(c[4]) != BlockSize))
             return sw(0x6700);
         if (m_halted)
             return sw(0x6300);
@@ -204,6 +184,8 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
             return sw(0x6A82);
         if (m_loggedSector != p2 / 4)
             return sw(0x6982);
+        if (!write)
+            return m_image.mid(p2 * BlockSize, BlockSize) + sw(0x9000);
         if (p2 == 0 || m_locked)
             return sw(0x6986);
         m_image.replace(p2 * BlockSize, BlockSize, c.mid(5, BlockSize));

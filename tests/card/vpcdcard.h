@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 
-#include <atomic>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -64,7 +63,6 @@ private:
     int m_fd = -1;
     int m_tagType;
     std::thread m_thread;
-    std::atomic<bool> m_stop{false};
 
     mutable std::mutex m_mutex;
     QByteArray m_image;

@@ -23,23 +23,12 @@ private Q_SLOTS:
             QSKIP("the row reader reads straight from SQLite only");
         f = new test::Fixture;
         db::exec(f->db(), u"CREATE TABLE t (id INTEGER, v)"_s);
-        const QVariantList values = {u"CARD 1"_s,
-                                     u" padded  "_s,
-                                     u"Ünïcödé ☕"_s,
-                                     QVariant(),
-                                     qint64(7),
-                                     0.1,
-                                     150.5,
-                                     u"12.34567"_s,
-                                     u"2024-03-01 00:00:00"_s,
-                                     u"2024-02-30 00:00:00"_s,
-                                     u"20a4-03-01"_s,
-                                     u"0999-01-01 10:00:00"_s,
-                                     u"2024-03-01T08:00:00.5"_s,
-                                     u" 2024-03-01 "_s,
-                                     u"2024-03-01 24:00:00"_s,
-                                     u"garbage"_s,
-                                     u""_s};
+        QVariantList values = {QVariant(), qint64(7), 0.1, 150.5};
+        for (const char* text :
+             {"CARD 1", " padded  ", "Ünïcödé ☕", "12.34567", "2024-03-01 00:00:00",
+              "2024-02-30 00:00:00", "20a4-03-01", "0999-01-01 10:00:00", "2024-03-01T08:00:00.5",
+              " 2024-03-01 ", "2024-03-01 24:00:00", "garbage", ""})
+            values.append(QString::fromUtf8(text));
         for (int i = 0; i < values.size(); ++i)
             db::exec(f->db(), u"INSERT INTO t (id, v) VALUES (?, ?)"_s, {i, values.at(i)});
     }
