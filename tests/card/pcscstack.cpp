@@ -146,14 +146,14 @@ bool PcscStack::start(QString* whyNot) {
             env.emplace_back(*e);
     }
     env.emplace_back("LISTEN_FDS=1");
-    char listenPid[32] = "LISTEN_PID=";
     std::vector<char*> envp;
     for (QByteArray& e : env)
         envp.push_back(e.data());
-    envp.push_back(listenPid);
     envp.push_back(nullptr);
-    QByteArray arg0 = "pcscd", arg1 = "-f", arg2 = "-c", arg3 = conf;
-    char* argv[] = {arg0.data(), arg1.data(), arg2.data(), arg3.data(), nullptr};
+    // The daemon takes the socket only if LISTEN_PID names it; the shell's exec keeps its pid.
+    QByteArray sh = "/bin/sh", c = "-c", script = R"(LISTEN_PID=$$ exec "$0" -f -c "$1")",
+               pcscd = m_pcscd, arg = conf;
+    char* argv[] = {sh.data(), c.data(), script.data(), pcscd.data(), arg.data(), nullptr};
     const pid_t parent = ::getpid();
 
     const pid_t pid = ::fork();
@@ -175,15 +175,7 @@ bool PcscStack::start(QString* whyNot) {
             ::dup2(logFd, 1);
             ::dup2(logFd, 2);
         }
-        char digits[16];
-        int n = 0;
-        for (pid_t self = ::getpid(); self > 0; self /= 10)
-            digits[n++] = char('0' + self % 10);
-        char* at = listenPid + 11;
-        while (n > 0)
-            *at++ = digits[--n];
-        *at = '\0';
-        ::execve(m_pcscd.constData(), argv, envp.data());
+        ::execve(argv[0], argv, envp.data());
         ::_exit(127);
     }
     if (logFd >= 0)
@@ -202,16 +194,12 @@ bool PcscStack::start(QString* whyNot) {
         if (!m_hasContext && SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr,
                                                    &m_context) == SCARD_S_SUCCESS)
             m_hasContext = true;
-        if (m_hasContext) {
-            DWORD length = 0;
-            if (SCardListReaders(m_context, nullptr, nullptr, &length) == SCARD_S_SUCCESS) {
-                QByteArray names(qsizetype(length), '\0');
-                if (SCardListReaders(m_context, nullptr, names.data(), &length) ==
-                        SCARD_S_SUCCESS &&
-                    names.split('\0').contains(m_readerName))
-                    return true;
-            }
-        }
+        char names[4096];
+        DWORD length = sizeof names;
+        if (m_hasContext &&
+            SCardListReaders(m_context, nullptr, names, &length) == SCARD_S_SUCCESS &&
+            QByteArray(names, length).split('\0').contains(m_readerName))
+            return true;
         ::usleep(50 * 1000);
     }
     *whyNot = u"pcscd did not list its virtual reader within 15 s: "_s + logTail();
