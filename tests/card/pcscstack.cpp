@@ -1,6 +1,5 @@
 #include "card/pcscstack.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QStandardPaths>
@@ -17,9 +16,6 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <vector>
-
-extern char** environ;
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -135,32 +131,19 @@ bool PcscStack::listen(QString* whyNot) {
 bool PcscStack::start(QString* whyNot) {
     if (m_listener < 0 && !listen(whyNot))
         return false;
-    const QByteArray conf = QFile::encodeName(m_dir.filePath(u"reader.conf"_s));
-    const QByteArray log = QFile::encodeName(m_dir.filePath(u"pcscd.log"_s));
-    const int logFd = ::open(log.constData(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-
     // Everything the child needs is made before fork: only async-signal-safe calls after it.
-    std::vector<QByteArray> env;
-    for (char** e = environ; *e; ++e) {
-        if (!QByteArray(*e).startsWith("LISTEN_"))
-            env.emplace_back(*e);
-    }
-    env.emplace_back("LISTEN_FDS=1");
-    std::vector<char*> envp;
-    for (QByteArray& e : env)
-        envp.push_back(e.data());
-    envp.push_back(nullptr);
     // The daemon takes the socket only if LISTEN_PID names it; the shell's exec keeps its pid.
-    QByteArray sh = "/bin/sh", c = "-c", script = R"(LISTEN_PID=$$ exec "$0" -f -c "$1")",
-               pcscd = m_pcscd, arg = conf;
-    char* argv[] = {sh.data(), c.data(), script.data(), pcscd.data(), arg.data(), nullptr};
+    QByteArray sh = "/bin/sh", c = "-c",
+               script = R"(LISTEN_FDS=1 LISTEN_PID=$$ exec "$0" -f -c "$1" >>"$2" 2>&1)",
+               pcscd = m_pcscd, conf = QFile::encodeName(m_dir.filePath(u"reader.conf"_s)),
+               log = QFile::encodeName(m_dir.filePath(u"pcscd.log"_s));
+    char* argv[] = {sh.data(),   c.data(),   script.data(), pcscd.data(),
+                    conf.data(), log.data(), nullptr};
     const pid_t parent = ::getpid();
 
     const pid_t pid = ::fork();
     if (pid < 0) {
         *whyNot = u"cannot fork pcscd"_s;
-        if (logFd >= 0)
-            ::close(logFd);
         return false;
     }
     if (pid == 0) {
@@ -171,15 +154,9 @@ bool PcscStack::start(QString* whyNot) {
             ::fcntl(3, F_SETFD, 0);
         else if (::dup2(m_listener, 3) != 3)
             ::_exit(126);
-        if (logFd >= 0) {
-            ::dup2(logFd, 1);
-            ::dup2(logFd, 2);
-        }
-        ::execve(argv[0], argv, envp.data());
+        ::execv(argv[0], argv);
         ::_exit(127);
     }
-    if (logFd >= 0)
-        ::close(logFd);
     m_pid = pid;
 
     // Ready when the reader is listed; the daemon can take a while under the sanitizers.

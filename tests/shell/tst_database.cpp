@@ -15,16 +15,6 @@ class TestDatabase final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void schemaCreationCanRunAgain() {
-        test::Fixture f;
-        // Over ODBC the driver does not name the engine; SQLite must still be found.
-        QCOMPARE(db::dialect(f.db()),
-                 test::Fixture::overPostgreSql() ? db::Dialect::PostgreSql : db::Dialect::SQLite);
-        db::exec(f.db(), u"INSERT INTO Customize_Log (StaffCode) VALUES ('S1')"_s);
-        db::ensureSchema(f.db());
-        QCOMPARE(f.count(u"Customize_Log"_s), 1);
-    }
-
     // Codes compare without regard to case, as under SQL Server's default collation, through the
     // tables' own indexes.
     void codesCompareWithoutCase() {
@@ -56,6 +46,9 @@ private Q_SLOTS:
         QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"closed"_s);
         QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::ensureSchema(closed));
         test::Fixture f;
+        // Over ODBC the driver does not name the engine; SQLite must still be found.
+        QCOMPARE(db::dialect(f.db()),
+                 test::Fixture::overPostgreSql() ? db::Dialect::PostgreSql : db::Dialect::SQLite);
         try {
             db::exec(f.db(), u"SELECT * FROM no_such_table WHERE x = ?"_s, {1});
             QFAIL("no error");
@@ -118,9 +111,7 @@ private Q_SLOTS:
     // SQL Server gets a typed value its date format cannot turn around; SQLite the ISO text.
     void dateTimeBindingPerEngine() {
         const QDateTime moment(QDate(2026, 11, 5), QTime(7, 8, 9, 999));
-        const QVariant server = db::bindValue(db::Dialect::SqlServer, moment);
-        QCOMPARE(server.typeId(), QMetaType::QDateTime);
-        QCOMPARE(server.toDateTime(), moment.addMSecs(-999));
+        QCOMPARE(db::bindValue(db::Dialect::SqlServer, moment), QVariant(moment.addMSecs(-999)));
         QCOMPARE(db::bindValue(db::Dialect::SQLite, moment), QVariant(u"2026-11-05 07:08:09"_s));
         // PostgreSQL would move a zoned value by the server's zone into a plain timestamp.
         QCOMPARE(db::bindValue(db::Dialect::PostgreSql, moment),
@@ -137,10 +128,10 @@ private Q_SLOTS:
                           "WHERE m.MemberName = ?"_s,
                           {u"Ann's"_s});
         QVERIFY(q.next());
-        QCOMPARE(q.record().fieldName(0), u"CardNo"_s);
-        QCOMPARE(q.record().fieldName(1), u"Name"_s);
-        QCOMPARE(q.record().fieldName(2), u"NonActive"_s);
-        QCOMPARE(q.value(1).toString(), u"Ann's"_s);
+        const QSqlRecord r = q.record();
+        QCOMPARE(
+            QStringList({r.fieldName(0), r.fieldName(1), r.fieldName(2), r.value(1).toString()}),
+            QStringList({u"CardNo"_s, u"Name"_s, u"NonActive"_s, u"Ann's"_s}));
     }
 
     // Quotes are doubled and the text cut to 300, which may split a doubled quote.
