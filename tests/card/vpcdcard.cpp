@@ -35,19 +35,6 @@ bool receiveAll(int fd, char* data, int size) {
     return true;
 }
 
-bool sendAll(int fd, const QByteArray& bytes) {
-    const char* data = bytes.constData();
-    qsizetype left = bytes.size();
-    while (left > 0) {
-        const ssize_t n = ::send(fd, data, size_t(left), MSG_NOSIGNAL);
-        if (n <= 0)
-            return false;
-        data += n;
-        left -= n;
-    }
-    return true;
-}
-
 } // namespace
 
 QByteArray VpcdCard::atr(int tagType) {
@@ -114,9 +101,9 @@ void VpcdCard::serve() {
         }
         if (reply.isEmpty())
             continue;
-        const QByteArray framed =
-            QByteArray(1, char(reply.size() >> 8)) + char(reply.size() & 0xFF) + reply;
-        if (!sendAll(m_fd, framed))
+        // Answers are a few hundred bytes: a blocking send takes them whole.
+        const QByteArray framed = sw(quint16(reply.size())) + reply;
+        if (::send(m_fd, framed.constData(), size_t(framed.size()), MSG_NOSIGNAL) != framed.size())
             return;
     }
 }

@@ -19,15 +19,13 @@ using pondar::test::writeFile;
 
 namespace {
 
-// Run as a second process by the concurrency test: writes keys PREFIX0..PREFIXn-1 one by one.
-constexpr char WriterVariable[] = "PONDAR_TEST_INI_WRITER"; // "path|prefix|count"
+constexpr int PerWriter = 150;
 
-int runWriter() {
-    const QStringList args = qEnvironmentVariable(WriterVariable).split(u'|');
-    const IniFile ini(args.value(0));
-    const int count = args.value(2).toInt();
-    for (int i = 0; i < count; ++i) {
-        if (!ini.write(u"Keys"_s, args.value(1) + QString::number(i), QString::number(i)))
+// Run as a second process by the concurrency test: writes keys PREFIX0..PREFIX149 one by one.
+int runWriter(const QString& path, const QString& prefix) {
+    const IniFile ini(path);
+    for (int i = 0; i < PerWriter; ++i) {
+        if (!ini.write(u"Keys"_s, prefix + QString::number(i), QString::number(i)))
             return 1;
     }
     return 0;
@@ -158,17 +156,12 @@ private Q_SLOTS:
     void concurrentWritersLoseNothing() {
         const QString path = m_dir.filePath(u"concurrent.ini"_s);
         writeFile(path, "[Host]\r\nPrinter=LPT1\r\n");
-        constexpr int PerWriter = 150;
         QList<QProcess*> writers;
         for (const QString& prefix : {u"A"_s, u"B"_s}) {
-            auto* p = new QProcess(this);
-            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert(QString::fromLatin1(WriterVariable),
-                       path + u'|' + prefix + u'|' + QString::number(PerWriter));
-            p->setProcessEnvironment(env);
-            p->setProcessChannelMode(QProcess::ForwardedChannels);
-            p->start(QCoreApplication::applicationFilePath(), {});
-            writers.append(p);
+            writers.append(new QProcess(this));
+            writers.back()->setProcessChannelMode(QProcess::ForwardedChannels);
+            writers.back()->start(QCoreApplication::applicationFilePath(),
+                                  {u"--writer"_s, path, prefix});
         }
         for (QProcess* p : writers) {
             QVERIFY(p->waitForFinished(120000));
@@ -201,8 +194,8 @@ private Q_SLOTS:
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    if (qEnvironmentVariableIsSet(WriterVariable))
-        return runWriter();
+    if (argc == 4 && qstrcmp(argv[1], "--writer") == 0)
+        return runWriter(QFile::decodeName(argv[2]), QFile::decodeName(argv[3]));
     TestIniFile test;
     return QTest::qExec(&test, argc, argv);
 }
