@@ -83,7 +83,7 @@ void CardBench::lock() {
         return;
     }
     if (m_card)
-        m_card->setLocked(true);
+        m_card->locked = true;
 }
 
 QByteArray CardBench::image() const {

@@ -23,9 +23,11 @@ namespace pondar::test {
 
 namespace {
 
-std::unique_ptr<PcscStack>& theStack() {
-    static std::unique_ptr<PcscStack> stack;
-    return stack;
+std::unique_ptr<PcscStack> theStack;
+
+bool fail(QString* whyNot, const QString& why) {
+    *whyNot = why;
+    return false;
 }
 
 // A port that nothing listens on, with the next one free as well: vpcd serves a second slot
@@ -54,18 +56,17 @@ quint16 freePortPair() {
 } // namespace
 
 PcscStack* PcscStack::get(QString* whyNot) {
-    auto& stack = theStack();
-    if (!stack) {
+    if (!theStack) {
         std::unique_ptr<PcscStack> made(new PcscStack);
         if (!made->prepare(whyNot) || !made->start(whyNot))
             return nullptr;
-        stack = std::move(made);
+        theStack = std::move(made);
     }
-    return stack.get();
+    return theStack.get();
 }
 
 void PcscStack::finish() {
-    theStack().reset();
+    theStack.reset();
 }
 
 PcscStack::~PcscStack() {
@@ -74,31 +75,23 @@ PcscStack::~PcscStack() {
 
 bool PcscStack::prepare(QString* whyNot) {
     const QString pcscd = QStandardPaths::findExecutable(u"pcscd"_s, {u"/usr/sbin"_s, u"/sbin"_s});
-    if (pcscd.isEmpty()) {
-        *whyNot = u"pcscd is not installed (Debian package pcscd)"_s;
-        return false;
-    }
+    if (pcscd.isEmpty())
+        return fail(whyNot, u"pcscd is not installed (Debian package pcscd)"_s);
     m_pcscd = QFile::encodeName(pcscd);
-    m_driver = PONDAR_PCSC_DRIVERS "/serial/libifdvpcd.so";
-    if (!QFile::exists(QFile::decodeName(m_driver))) {
-        *whyNot = u"the vpcd driver is not installed (Debian package vsmartcard-vpcd)"_s;
-        return false;
-    }
+    const QByteArray driver = PONDAR_PCSC_DRIVERS "/serial/libifdvpcd.so";
+    if (!QFile::exists(QFile::decodeName(driver)))
+        return fail(whyNot, u"the vpcd driver is not installed (Debian package vsmartcard-vpcd)"_s);
     m_port = freePortPair();
-    if (m_port == 0) {
-        *whyNot = u"no free TCP ports for the virtual reader"_s;
-        return false;
-    }
+    if (m_port == 0)
+        return fail(whyNot, u"no free TCP ports for the virtual reader"_s);
     const QByteArray friendly = "Pondar Test " + QByteArray::number(m_port);
     m_readerName = friendly + " 00 00";
     QFile conf(m_dir.filePath(u"reader.conf"_s));
     if (!conf.open(QIODevice::WriteOnly) ||
         conf.write("FRIENDLYNAME \"" + friendly +
                    "\"\nDEVICENAME /dev/null:" + QByteArray::number(m_port) + "\nLIBPATH " +
-                   m_driver + "\nCHANNELID " + QByteArray::number(m_port) + "\n") < 0) {
-        *whyNot = u"cannot write the reader configuration"_s;
-        return false;
-    }
+                   driver + "\nCHANNELID " + QByteArray::number(m_port) + "\n") < 0)
+        return fail(whyNot, u"cannot write the reader configuration"_s);
     conf.close();
 
     // The client library reads this once, at its first call.
@@ -112,19 +105,15 @@ bool PcscStack::listen(QString* whyNot) {
     const QByteArray socketPath = QFile::encodeName(m_dir.filePath(u"pcscd.comm"_s));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (socketPath.size() >= qsizetype(sizeof address.sun_path)) {
-        *whyNot = u"the temporary folder's path is too long for a socket"_s;
-        return false;
-    }
+    if (socketPath.size() >= qsizetype(sizeof address.sun_path))
+        return fail(whyNot, u"the temporary folder's path is too long for a socket"_s);
     std::memcpy(address.sun_path, socketPath.constData(), size_t(socketPath.size()));
     ::unlink(socketPath.constData());
     m_listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (m_listener < 0 ||
         ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(m_listener, 16) != 0) {
-        *whyNot = u"cannot make the daemon's socket "_s + QFile::decodeName(socketPath);
-        return false;
-    }
+        ::listen(m_listener, 16) != 0)
+        return fail(whyNot, u"cannot make the daemon's socket "_s + QFile::decodeName(socketPath));
     return true;
 }
 
@@ -142,10 +131,8 @@ bool PcscStack::start(QString* whyNot) {
     const pid_t parent = ::getpid();
 
     const pid_t pid = ::fork();
-    if (pid < 0) {
-        *whyNot = u"cannot fork pcscd"_s;
-        return false;
-    }
+    if (pid < 0)
+        return fail(whyNot, u"cannot fork pcscd"_s);
     if (pid == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (::getppid() != parent)
@@ -165,8 +152,7 @@ bool PcscStack::start(QString* whyNot) {
     while (waited.elapsed() < 15000) {
         if (::waitpid(m_pid, nullptr, WNOHANG) == m_pid) {
             m_pid = -1;
-            *whyNot = u"pcscd stopped as it started: "_s + logTail();
-            return false;
+            return fail(whyNot, u"pcscd stopped as it started: "_s + logTail());
         }
         if (!m_hasContext && SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr,
                                                    &m_context) == SCARD_S_SUCCESS)
@@ -179,9 +165,8 @@ bool PcscStack::start(QString* whyNot) {
             return true;
         ::usleep(50 * 1000);
     }
-    *whyNot = u"pcscd did not list its virtual reader within 15 s: "_s + logTail();
     stop();
-    return false;
+    return fail(whyNot, u"pcscd did not list its virtual reader within 15 s: "_s + logTail());
 }
 
 void PcscStack::stop() {

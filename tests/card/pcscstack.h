@@ -39,7 +39,6 @@ private:
 
     QTemporaryDir m_dir;
     QByteArray m_pcscd;
-    QByteArray m_driver;
     int m_listener = -1;
     quint16 m_port = 0;
     QByteArray m_readerName;

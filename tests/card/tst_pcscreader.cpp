@@ -85,7 +85,8 @@ private Q_SLOTS:
         QFETCH(bool, refusesSlot0);
         QFETCH(bool, olderOnly);
         OnBench b;
-        b.bench.card()->setDialect(refusesSlot0, olderOnly);
+        b.bench.card()->refusesSlot0 = refusesSlot0;
+        b.bench.card()->olderOnly = olderOnly;
         QCOMPARE(b.ready(), status::Ok);
         QCOMPARE(b.lib.Write(b.h, 37, Data), status::Ok);
         QCOMPARE(b.bench.block(37).left(6), QByteArray("1234.5"));
@@ -109,7 +110,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, answer);
         OnBench b;
         if (answer.isEmpty())
-            b.bench.card()->vanishOn(ins);
+            b.bench.card()->vanishOn = ins;
         else
             b.bench.card()->answerNext(ins, answer);
         int16 s = b.ready();

@@ -128,7 +128,7 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
         return sw(0x6E00);
     const quint8 ins = quint8(c[1]);
     ++m_counts[ins];
-    if (m_vanishOn == ins) {
+    if (vanishOn == ins) {
         vanish = true;
         return {};
     }
@@ -146,12 +146,12 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
     case 0x82: // Load Key into a reader slot
         if (c.size() != 11 || quint8(c[4]) != 6)
             return sw(0x6700);
-        if (m_refusesSlot0 && p2 == 0)
+        if (refusesSlot0 && p2 == 0)
             return sw(0x6986);
         m_keys[p2] = c.mid(5, 6);
         return sw(0x9000);
     case 0x86: // General Authenticate: 01 00 block keytype slot
-        if (m_olderOnly)
+        if (olderOnly)
             return sw(0x6D00);
         if (c.size() != 10 || quint8(c[4]) != 5 || c[5] != 0x01)
             return sw(0x6700);
@@ -173,7 +173,7 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
             return sw(0x6982);
         if (!write)
             return m_image.mid(p2 * BlockSize, BlockSize) + sw(0x9000);
-        if (p2 == 0 || m_locked)
+        if (p2 == 0 || locked)
             return sw(0x6986);
         m_image.replace(p2 * BlockSize, BlockSize, c.mid(5, BlockSize));
         return sw(0x9000);

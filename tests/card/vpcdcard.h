@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -26,26 +27,15 @@ public:
         std::lock_guard lock(m_mutex);
         return m_image;
     }
-    // A locked card refuses every write.
-    void setLocked(bool on) {
-        std::lock_guard lock(m_mutex);
-        m_locked = on;
-    }
-    // The reader's dialect: one that refuses key slot 0, one that lacks General Authenticate.
-    void setDialect(bool refusesSlot0, bool olderOnly) {
-        std::lock_guard lock(m_mutex);
-        m_refusesSlot0 = refusesSlot0;
-        m_olderOnly = olderOnly;
-    }
+    // A locked card refuses every write. The reader's dialect: one that refuses key slot 0,
+    // one that lacks General Authenticate.
+    std::atomic<bool> locked{false}, refusesSlot0{false}, olderOnly{false};
+    // The card leaves the field, unanswered, when a command with this INS byte arrives.
+    std::atomic<int> vanishOn{-1};
     // The next command with this INS byte gets these raw bytes as its whole answer.
     void answerNext(quint8 ins, const QByteArray& raw) {
         std::lock_guard lock(m_mutex);
         m_answers[ins] = raw;
-    }
-    // The card leaves the field, unanswered, when a command with this INS byte arrives.
-    void vanishOn(quint8 ins) {
-        std::lock_guard lock(m_mutex);
-        m_vanishOn = ins;
     }
     // How many commands with this INS byte arrived.
     int count(quint8 ins) const {
@@ -66,10 +56,6 @@ private:
 
     mutable std::mutex m_mutex;
     QByteArray m_image;
-    bool m_locked = false;
-    bool m_refusesSlot0 = false;
-    bool m_olderOnly = false;
-    int m_vanishOn = -1;
     std::map<quint8, QByteArray> m_answers;
     std::map<quint8, int> m_counts;
     std::map<quint8, QByteArray> m_keys; // key slots of the reader
