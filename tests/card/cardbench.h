@@ -19,7 +19,6 @@ class VpcdCard;
 // Placing and taking away return once the reader has seen it.
 class CardBench {
 public:
-    static bool overPcsc();
     // Empty when the back end can run here, else why not (for QSKIP in initTestCase).
     static QString unavailable();
     static void finish();
