@@ -46,25 +46,22 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QString>("key"); // in section [S]
         QTest::addColumn<QString>("value");
+        const auto row = [](const char* name, const QByteArray& file, const QString& key,
+                            const QString& value) { QTest::newRow(name) << file << key << value; };
         const QByteArray windows = "; c\r\n[Other]\r\nK=99\r\n  [ s ]  \r\n \t kEY \t=\t 10 \t\r\n"
                                    "K=77\r\nQ=\"a b\"\r\n[S]\r\nL=5\r\n";
-        QTest::newRow("names in any case") << windows << u"key"_s << u"10"_s;
-        QTest::newRow("quotes taken off") << windows << u"q"_s << u"a b"_s;
-        QTest::newRow("first section wins") << windows << u"L"_s << QString();
-        QTest::newRow("long value cut")
-            << "[S]\nK=" + QByteArray(300, 'x') << u"K"_s << QString(IniFile::MaxValueLength, u'x');
-        QTest::newRow("comment is no key") << QByteArray("[S]\r\n;K=x\r\n") << u";K"_s << QString();
-        QTest::newRow("indented comment")
-            << QByteArray("[S]\r\n  ;K=x\r\n") << u";K"_s << QString();
-        QTest::newRow("lone CR ends a line") << QByteArray("[S]\rA=1\rK=2\r") << u"K"_s << u"2"_s;
-        QTest::newRow("tab inside a name kept")
-            << QByteArray("[S]\nK\tX=1\n") << u"K\tX"_s << u"1"_s;
-        QTest::newRow("vertical tab not stripped")
-            << QByteArray("[S]\n\vK=1\n") << u"K"_s << QString();
-        QTest::newRow("UTF-8 byte-order mark")
-            << QByteArray("\xEF\xBB\xBF[S]\r\nK=Caf\xC3\xA9\r\n") << u"K"_s << u"Caf\u00e9"_s;
-        QTest::newRow("Windows-1252")
-            << QByteArray("[S]\r\nK=Caf\xE9 \x80\r\n") << u"K"_s << u"Caf\u00e9 \u20ac"_s;
+        row("names in any case", windows, u"key"_s, u"10"_s);
+        row("quotes taken off", windows, u"q"_s, u"a b"_s);
+        row("first section wins", windows, u"L"_s, {});
+        row("long value cut", "[S]\nK=" + QByteArray(300, 'x'), u"K"_s,
+            QString(IniFile::MaxValueLength, u'x'));
+        row("comments, indented or not", "[S]\r\n;K=x\r\n  ;K=y\r\n", u";K"_s, {});
+        row("lone CR ends a line", "[S]\rA=1\rK=2\r", u"K"_s, u"2"_s);
+        row("tab inside a name kept", "[S]\nK\tX=1\n", u"K\tX"_s, u"1"_s);
+        row("vertical tab not stripped", "[S]\n\vK=1\n", u"K"_s, {});
+        row("UTF-8 byte-order mark", "\xEF\xBB\xBF[S]\r\nK=Caf\xC3\xA9\r\n", u"K"_s,
+            u"Caf\u00e9"_s);
+        row("Windows-1252", "[S]\r\nK=Caf\xE9 \x80\r\n", u"K"_s, u"Caf\u00e9 \u20ac"_s);
     }
     void reads() {
         QFETCH(QByteArray, file);
@@ -82,29 +79,24 @@ private Q_SLOTS:
         QTest::addColumn<QString>("key"); // in section [S]
         QTest::addColumn<QString>("value");
         QTest::addColumn<QByteArray>("after");
-        QTest::newRow("replaced, spelling kept")
-            << QByteArray("[s]\r\n  kEY  =  1  \r\nZ=0\r\n") << u"Key"_s << u"2"_s
-            << QByteArray("[s]\r\nkEY=2\r\nZ=0\r\n");
-        QTest::newRow("after the last key")
-            << QByteArray("[S]\r\nA=1\r\n; note\r\n\r\n[T]\r\nB=1\r\n") << u"B"_s << u"2"_s
-            << QByteArray("[S]\r\nA=1\r\nB=2\r\n; note\r\n\r\n[T]\r\nB=1\r\n");
-        QTest::newRow("section without keys")
-            << QByteArray("[S]\n;K=x\n\n") << u"K"_s << u"1"_s << QByteArray("[S]\nK=1\n;K=x\n\n");
-        QTest::newRow("CR only") << QByteArray("[S]\rA=1\r") << u"B"_s << u"2"_s
-                                 << QByteArray("[S]\rA=1\rB=2\r");
-        QTest::newRow("no last line end")
-            << QByteArray("[S]\r\nA=1") << u"B"_s << u"2"_s << QByteArray("[S]\r\nA=1\r\nB=2\r\n");
-        QTest::newRow("new section")
-            << QByteArray("[T]\nA=1") << u"B"_s << u"2"_s << QByteArray("[T]\nA=1\n[S]\nB=2\n");
-        QTest::newRow("new file") << QByteArray() << u"B"_s << u"2"_s
-                                  << QByteArray("[S]\r\nB=2\r\n");
-        QTest::newRow("controls dropped")
-            << QByteArray("[S]\r\n") << u"Name"_s << u"A\r\nWriteValue=9\x1b\x70\x1d\x56"_s
-            << QByteArray("[S]\r\nName=AWriteValue=9pV\r\n");
-        QTest::newRow("UTF-8 kept") << QByteArray("\xEF\xBB\xBF[S]\r\n") << u"N"_s << u"Caf\u00e9"_s
-                                    << QByteArray("\xEF\xBB\xBF[S]\r\nN=Caf\xC3\xA9\r\n");
-        QTest::newRow("Windows-1252") << QByteArray("[S]\r\n") << u"N"_s << u"Caf\u00e9 \u20ac"_s
-                                      << QByteArray("[S]\r\nN=Caf\xE9 \x80\r\n");
+        const auto row = [](const char* name, const QByteArray& before, const QString& key,
+                            const QString& value, const QByteArray& after) {
+            QTest::newRow(name) << before << key << value << after;
+        };
+        row("replaced, spelling kept", "[s]\r\n  kEY  =  1  \r\nZ=0\r\n", u"Key"_s, u"2"_s,
+            "[s]\r\nkEY=2\r\nZ=0\r\n");
+        row("after the last key", "[S]\r\nA=1\r\n; note\r\n\r\n[T]\r\nB=1\r\n", u"B"_s, u"2"_s,
+            "[S]\r\nA=1\r\nB=2\r\n; note\r\n\r\n[T]\r\nB=1\r\n");
+        row("section without keys", "[S]\n;K=x\n\n", u"K"_s, u"1"_s, "[S]\nK=1\n;K=x\n\n");
+        row("CR only", "[S]\rA=1\r", u"B"_s, u"2"_s, "[S]\rA=1\rB=2\r");
+        row("no last line end", "[S]\r\nA=1", u"B"_s, u"2"_s, "[S]\r\nA=1\r\nB=2\r\n");
+        row("new section", "[T]\nA=1", u"B"_s, u"2"_s, "[T]\nA=1\n[S]\nB=2\n");
+        row("new file", {}, u"B"_s, u"2"_s, "[S]\r\nB=2\r\n");
+        row("controls dropped", "[S]\r\n", u"Name"_s, u"A\r\nWriteValue=9\x1b\x70\x1d\x56"_s,
+            "[S]\r\nName=AWriteValue=9pV\r\n");
+        row("UTF-8 kept", "\xEF\xBB\xBF[S]\r\n", u"N"_s, u"Caf\u00e9"_s,
+            "\xEF\xBB\xBF[S]\r\nN=Caf\xC3\xA9\r\n");
+        row("Windows-1252", "[S]\r\n", u"N"_s, u"Caf\u00e9 \u20ac"_s, "[S]\r\nN=Caf\xE9 \x80\r\n");
     }
     void writes() {
         QFETCH(QByteArray, before);
