@@ -92,13 +92,7 @@ void VpcdCard::serve() {
         QByteArray message(length, '\0');
         if (!receiveAll(m_fd, message.data(), length))
             return;
-        bool vanish = false;
-        const QByteArray reply = answer(message, vanish);
-        if (vanish) {
-            // Taken away mid-command: vpcd sees the connection close.
-            ::shutdown(m_fd, SHUT_RDWR);
-            return;
-        }
+        const QByteArray reply = answer(message);
         if (reply.isEmpty())
             continue;
         // Answers are a few hundred bytes: a blocking send takes them whole.
@@ -108,28 +102,24 @@ void VpcdCard::serve() {
     }
 }
 
-QByteArray VpcdCard::answer(const QByteArray& message, bool& vanish) {
+QByteArray VpcdCard::answer(const QByteArray& c) {
     std::lock_guard lock(m_mutex);
-    if (message.size() == 1) {
-        const quint8 code = quint8(message[0]);
+    if (c.size() == 1) {
+        const quint8 code = quint8(c[0]);
         if (code <= 0x02) { // power off, power on, reset
             m_halted = false;
             m_loggedSector = -1;
         }
         return code == 0x04 ? atr(m_tagType) : QByteArray();
     }
-    return apdu(message, vanish);
-}
-
-QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
     if (c.size() < 4)
         return sw(0x6700);
     if (quint8(c[0]) != 0xFF)
         return sw(0x6E00);
     const quint8 ins = quint8(c[1]);
     ++m_counts[ins];
-    if (vanishOn == ins) {
-        vanish = true;
+    if (vanishOn == ins) { // taken away mid-command: vpcd sees the connection close
+        ::shutdown(m_fd, SHUT_RDWR);
         return {};
     }
     if (const auto it = m_answers.find(ins); it != m_answers.end()) {

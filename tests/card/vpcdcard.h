@@ -46,8 +46,7 @@ public:
 private:
     static QByteArray atr(int tagType);
     void serve();
-    QByteArray answer(const QByteArray& message, bool& vanish);
-    QByteArray apdu(const QByteArray& command, bool& vanish);
+    QByteArray answer(const QByteArray& message);
     QByteArray authenticate(int block, quint8 keyType, quint8 slot);
 
     int m_fd = -1;
