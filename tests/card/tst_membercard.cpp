@@ -118,24 +118,6 @@ private Q_SLOTS:
             pondar::Error, r.card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOPQ"_s));
         QCOMPARE(r.bench.image(), before);
     }
-
-    void confirmAndWriteValue() {
-        OnReader r;
-        r.issue(u"000005"_s, u"50"_s);
-        const QByteArray before = r.bench.image();
-
-        r.prompts.answers = {false};
-        QVERIFY(!r.card.confirmAndWriteValue(BillType::Out, Currency::parse(u"10"_s),
-                                             Currency::parse(u"40"_s)));
-        QCOMPARE(r.bench.image(), before);
-
-        QVERIFY(r.card.confirmAndWriteValue(BillType::In, Currency::parse(u"1184.5"_s),
-                                            Currency::parse(u"1234.50"_s)));
-        QCOMPARE(r.prompts.asked,
-                 QStringList({u"Confirm to withdraw out value : 10.00 from Card ?"_s,
-                              u"Confirm to Add in value : 1184.50 to Card ?"_s}));
-        QCOMPARE(r.bench.block(36), padded("1234.5"));
-    }
 };
 
 QTEST_APPLESS_MAIN(TestMemberCard)
