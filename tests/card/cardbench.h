@@ -14,8 +14,7 @@ namespace pondar::test {
 class PcscStack;
 class VpcdCard;
 
-// A reader and a card to place on it, so that the same card tests run on the simulated reader
-// and, with PONDAR_TEST_READER=pcsc, over PC/SC on a private pcscd with an emulated card.
+// The same card tests on the simulated reader and, with PONDAR_TEST_READER=pcsc, over PC/SC.
 // Placing and taking away return once the reader has seen it.
 class CardBench {
 public:

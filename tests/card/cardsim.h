@@ -68,15 +68,12 @@ public:
         return supervisor;
     }
 
-    QStringList asked;
-    QStringList errors;
-    QStringList details;
+    QStringList asked, errors, details;
     QList<bool> answers;
     bool supervisor = false; // the password given at MESC
 };
 
-// Places a member's card holding this balance on the simulated reader, written as card issue
-// writes it.
+// Places a member's card holding this balance, written as card issue writes it.
 inline void issueCard(const CardSim& sim, const QString& code, const QString& name,
                       const QString& balance,
                       std::array<card::uint8, 4> uid = {0x11, 0x22, 0x33, 0x44}) {

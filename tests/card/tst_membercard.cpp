@@ -49,8 +49,7 @@ private Q_SLOTS:
     }
     void cleanupTestCase() { test::CardBench::finish(); }
 
-    // An issued card reads back; a copy of its record on another card, or a garbled balance
-    // (which a top-up would write over), stops the read.
+    // A copy of the record on another card, or a garbled balance, stops the read.
     void readsOnlyItsOwnRecord() {
         OnReader r;
         const QByteArray blank = r.bench.image();
@@ -72,9 +71,7 @@ private Q_SLOTS:
         QCOMPARE(r.card.read(r.data), ReadResult::BadBalance);
     }
 
-    // A record a Save would pass on to the hand-off, the slip or a posting reads as unreadable:
-    // control bytes in CODE or NAME, text after the padding, and a balance that is negative,
-    // no plain number or past the money range.
+    // What a Save would pass on to the hand-off, the slip or a posting must not read.
     void hostileRecordIsUnreadable_data() {
         QTest::addColumn<int>("block");
         QTest::addColumn<QByteArray>("bytes");

@@ -103,8 +103,7 @@ private Q_SLOTS:
         QTest::newRow("write: card pulled") << UpdateBinary << QByteArray();
         QTest::newRow("uid: one byte") << GetUid << QByteArray::fromHex("6A");
     }
-    // A garbled answer, or none, fails the one operation, writes nothing and is not retried;
-    // the next attempt works.
+    // A garbled answer, or none, fails the one operation, writes nothing and is not retried.
     void badAnswers() {
         QFETCH(quint8, ins);
         QFETCH(QByteArray, answer);

@@ -15,8 +15,7 @@ class TestDatabase final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    // Codes compare without regard to case, as under SQL Server's default collation, through the
-    // tables' own indexes.
+    // Codes compare without case, as under SQL Server's default collation, through the indexes.
     void codesCompareWithoutCase() {
         test::Fixture f;
         f.addMember(u"M0001"_s, u"Max"_s);
@@ -28,8 +27,7 @@ private Q_SLOTS:
         QVERIFY(members::hasTransactions(f.db(), u"m0001"_s));
         QString plan;
         if (test::Fixture::overPostgreSql()) {
-            // A table this small is read whole unless the planner is told otherwise; what
-            // matters is that the index can serve a comparison without case.
+            // A table this small is read whole unless the planner is told otherwise.
             db::exec(f.db(), u"SET enable_seqscan = off"_s);
             plan = f.rows(u"EXPLAIN SELECT * FROM Customize_Transaction "
                           "WHERE CardNo='m0001' ORDER BY TrsDate"_s);
@@ -57,8 +55,7 @@ private Q_SLOTS:
         }
     }
 
-    // SQL Server's one result at a time holds on every engine: a statement while another's rows
-    // are still being read fails, and reading to the end, closing or dropping them frees it.
+    // SQL Server's one open result per connection holds on every engine.
     void oneOpenResultPerConnection() {
         test::Fixture f;
         f.addStaff(u"S1"_s, u"Ann"_s);

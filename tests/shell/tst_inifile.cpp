@@ -39,9 +39,7 @@ class TestIniFile final : public QObject {
     QTemporaryDir m_dir;
 
 private Q_SLOTS:
-    // Names match in any case with blanks and tabs around them (nothing else is stripped);
-    // the first section and key win; quotes are taken off; a ";" line is a comment; any of
-    // CR LF, LF and a lone CR ends a line; a UTF-8 byte-order mark makes the file UTF-8.
+    // Names match in any case with blanks and tabs around them; the first section and key win.
     void reads_data() {
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QString>("key"); // in section [S]
@@ -71,9 +69,7 @@ private Q_SLOTS:
         QTEST(IniFile(path).read(u"S"_s, key), "value");
     }
 
-    // A write changes or adds its one key and leaves every other byte as it was: a new key
-    // right after the section's last key, in the file's own line end; control characters and
-    // nothing else are dropped from what is written.
+    // A write changes or adds its one key and leaves every other byte as it was.
     void writes_data() {
         QTest::addColumn<QByteArray>("before");
         QTest::addColumn<QString>("key"); // in section [S]

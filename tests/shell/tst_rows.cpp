@@ -10,15 +10,13 @@
 using namespace Qt::Literals::StringLiterals;
 using namespace pondar;
 
-// The row reader that reports use gives what the Qt driver gives: the same text, money, nulls
-// and printed dates, whichever way it reads them.
+// The reports' row reader gives what the Qt driver gives, whichever way it reads.
 class TestRows final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() {
-        // Untyped values read back as SQLite keeps them: the reader's native path is SQLite's;
-        // elsewhere it is db::exec, which the other tests run on every engine.
+        // Elsewhere the reader is db::exec, which the other tests run on every engine.
         if (test::Fixture::overPostgreSql())
             QSKIP("the row reader reads straight from SQLite only");
         f = new test::Fixture;

@@ -14,8 +14,7 @@ class TestStartApp final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    // Whatever the mode, StartApp keeps the particulars, reads the settings and clears
-    // ReturnFlag; a mode that is not one of the exact upper-case names opens nothing.
+    // Any mode keeps the particulars, reads the settings and clears ReturnFlag; these open nothing.
     void copiesParticularsAndLoadsSettings_data() {
         QTest::addColumn<QString>("mode");
         for (const char* m : {"no such mode", "topup", " TOPUP", ""})
@@ -45,8 +44,7 @@ private Q_SLOTS:
                  u"0 keep"_s);
     }
 
-    // Settings or a business date that would post wrong amounts or dates stop StartApp before
-    // any screen opens, with an error naming what is wrong; the hand-off is still reset.
+    // What would post wrong amounts or dates stops StartApp; the hand-off is still reset.
     void refusesBadSettings_data() {
         QTest::addColumn<QByteArray>("rates");
         QTest::addColumn<QString>("date");
