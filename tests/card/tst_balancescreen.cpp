@@ -24,7 +24,8 @@ void typePassword(QWidget* gate, const QString& password) {
     QTest::keyClick(text1, Qt::Key_Return); // the confirm is the default button
 }
 
-QString boxes(QWidget* display) {
+QString boxes(MFBAL* display) {
+    display->refresh();
     QStringList out;
     for (int i = 0; i < 4; ++i)
         out.append(test::child<QLineEdit>(display, u"TXT(%1)"_s.arg(i))->text());
@@ -46,7 +47,6 @@ private Q_SLOTS:
         sim.attach(s);
         test::MessageBoxes messages;
         MFBAL display(s);
-        display.refresh();
         QCOMPARE(boxes(&display), u"|||"_s);
 
         test::issueCard(sim, u"000001"_s, u"TAN AH KOW"_s, u"1234.5"_s);
@@ -56,11 +56,9 @@ private Q_SLOTS:
                      {u"000001"_s, QString::fromLatin1(value), status});
         db::exec(f.db(), u"INSERT INTO Customize_Transaction (CardNo,Billtype,NewValue) "
                          "VALUES ('000001','IN',1234.5)"_s);
-        display.refresh();
         QCOMPARE(boxes(&display), u"000001|TAN AH KOW|1234.50|25.00"_s);
         // A card rewritten with more than its ledger holds still shows the ledger's balance.
         test::issueCard(sim, u"000001"_s, u"TAN AH KOW"_s, u"9999"_s);
-        display.refresh();
         QCOMPARE(boxes(&display), u"000001|TAN AH KOW|1234.50|25.00"_s);
         auto* done = test::child<QLabel>(&display, u"LastTransaction"_s);
         QVERIFY(done->isHidden());
@@ -73,7 +71,6 @@ private Q_SLOTS:
         QCOMPARE(done->text(), u"Top Up 10.00   New Balance : 1244.50"_s);
 
         sim.takeAway();
-        display.refresh();
         QCOMPARE(boxes(&display), u"|||"_s);
         QVERIFY(messages.seen().isEmpty());
     }
