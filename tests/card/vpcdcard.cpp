@@ -1,6 +1,5 @@
 #include "card/vpcdcard.h"
 
-#include <QElapsedTimer>
 #include <QStringBuilder>
 
 #include <arpa/inet.h>
@@ -50,24 +49,18 @@ QByteArray VpcdCard::atr(int tagType) {
 VpcdCard::VpcdCard(quint16 port, const QByteArray& image, int tagType)
     : m_tagType(tagType)
     , m_image(image) {
-    // vpcd may not listen yet right after its daemon started.
-    QElapsedTimer waited;
-    waited.start();
-    while (waited.elapsed() < 5000) {
-        const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (fd >= 0 && ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
-            const int one = 1;
-            ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-            m_fd = fd;
-            break;
-        }
-        if (fd >= 0)
-            ::close(fd);
-        ::usleep(50 * 1000);
+    // pcscd lists the reader only once vpcd listens.
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+        const int one = 1;
+        ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+        m_fd = fd;
+    } else if (fd >= 0) {
+        ::close(fd);
     }
     if (m_fd >= 0)
         m_thread = std::thread([this] { serve(); });
