@@ -1,4 +1,5 @@
 #include "card/pcscstack.h"
+#include "support/fixtures.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -86,13 +87,10 @@ bool PcscStack::prepare(QString* whyNot) {
         return fail(whyNot, u"no free TCP ports for the virtual reader"_s);
     const QByteArray friendly = "Pondar Test " + QByteArray::number(m_port);
     m_readerName = friendly + " 00 00";
-    QFile conf(m_dir.filePath(u"reader.conf"_s));
-    if (!conf.open(QIODevice::WriteOnly) ||
-        conf.write("FRIENDLYNAME \"" + friendly +
-                   "\"\nDEVICENAME /dev/null:" + QByteArray::number(m_port) + "\nLIBPATH " +
-                   driver + "\nCHANNELID " + QByteArray::number(m_port) + "\n") < 0)
-        return fail(whyNot, u"cannot write the reader configuration"_s);
-    conf.close();
+    writeFile(m_dir.filePath(u"reader.conf"_s),
+              "FRIENDLYNAME \"" + friendly +
+                  "\"\nDEVICENAME /dev/null:" + QByteArray::number(m_port) + "\nLIBPATH " + driver +
+                  "\nCHANNELID " + QByteArray::number(m_port) + "\n");
 
     // The client library reads this once, at its first call.
     qputenv("PCSCLITE_CSOCK_NAME", QFile::encodeName(m_dir.filePath(u"pcscd.comm"_s)));
@@ -216,11 +214,7 @@ bool PcscStack::waitForCard(bool present, int timeoutMs) {
 }
 
 QString PcscStack::logTail() const {
-    QFile log(m_dir.filePath(u"pcscd.log"_s));
-    if (!log.open(QIODevice::ReadOnly))
-        return u"(no log)"_s;
-    const QByteArray all = log.readAll();
-    return QString::fromLocal8Bit(all.right(1500)).trimmed();
+    return QString::fromLocal8Bit(readFile(m_dir.filePath(u"pcscd.log"_s)).right(1500)).trimmed();
 }
 
 } // namespace pondar::test
