@@ -4,6 +4,7 @@
 #include "card/vpcdcard.h"
 
 #include <QFile>
+#include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -17,13 +18,13 @@ bool overPcsc() {
 
 } // namespace
 
-QString CardBench::unavailable() {
+void CardTest::initTestCase() {
     QString whyNot;
-    return !overPcsc() || PcscStack::get(&whyNot) ? QString()
-                                                  : u"PC/SC back end not testable: "_s + whyNot;
+    if (overPcsc() && !PcscStack::get(&whyNot))
+        QSKIP(qPrintable(u"PC/SC back end not testable: "_s + whyNot));
 }
 
-void CardBench::finish() {
+void CardTest::cleanupTestCase() {
     PcscStack::finish();
 }
 

@@ -4,6 +4,7 @@
 #include "card/reader.h"
 
 #include <QByteArray>
+#include <QObject>
 #include <QString>
 
 #include <array>
@@ -18,10 +19,6 @@ class VpcdCard;
 // Placing and taking away return once the reader has seen it.
 class CardBench {
 public:
-    // Empty when the back end can run here, else why not (for QSKIP in initTestCase).
-    static QString unavailable();
-    static void finish();
-
     CardBench();
     ~CardBench();
     CardBench(const CardBench&) = delete;
@@ -53,6 +50,15 @@ private:
     PcscStack* m_stack = nullptr;
     std::unique_ptr<VpcdCard> m_card;
     int m_type = card::TagMifare1K;
+};
+
+// The card tests' class: skipped where the bench's back end cannot run, which starts pcscd.
+class CardTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
 };
 
 } // namespace pondar::test

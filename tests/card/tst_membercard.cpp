@@ -39,16 +39,10 @@ struct OnReader {
 
 } // namespace
 
-class TestMemberCard final : public QObject {
+class TestMemberCard final : public test::CardTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        if (const QString why = test::CardBench::unavailable(); !why.isEmpty())
-            QSKIP(qPrintable(why));
-    }
-    void cleanupTestCase() { test::CardBench::finish(); }
-
     // A copy of the record on another card, or a garbled balance, stops the read.
     void readsOnlyItsOwnRecord() {
         OnReader r;

@@ -65,16 +65,10 @@ struct OtherApplication {
 
 } // namespace
 
-class TestPcscReader final : public QObject {
+class TestPcscReader final : public test::CardTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        if (const QString why = test::CardBench::unavailable(); !why.isEmpty())
-            QSKIP(qPrintable(why));
-    }
-    void cleanupTestCase() { test::CardBench::finish(); }
-
     void readerDialects_data() {
         QTest::addColumn<bool>("refusesSlot0");
         QTest::addColumn<bool>("olderOnly");

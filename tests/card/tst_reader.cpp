@@ -29,16 +29,10 @@ struct OnReader {
 
 } // namespace
 
-class TestReader final : public QObject {
+class TestReader final : public test::CardTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        if (const QString why = test::CardBench::unavailable(); !why.isEmpty())
-            QSKIP(qPrintable(why));
-    }
-    void cleanupTestCase() { test::CardBench::finish(); }
-
     void serialTexts_data() {
         QTest::addColumn<int>("type");
         QTest::addColumn<QByteArray>("uid");
