@@ -36,16 +36,6 @@ bool receiveAll(int fd, char* data, int size) {
 
 } // namespace
 
-QByteArray VpcdCard::atr(int tagType) {
-    const char name = tagType == 5 ? 0x03 : 0x01;
-    QByteArray atr =
-        QByteArray::fromHex("3B8F8001804F0CA0000003060300") + name + QByteArray(4, '\0');
-    char check = 0;
-    for (qsizetype i = 1; i < atr.size(); ++i)
-        check ^= atr[i];
-    return atr + check;
-}
-
 VpcdCard::VpcdCard(quint16 port, const QByteArray& image, int tagType)
     : m_tagType(tagType)
     , m_image(image) {
@@ -103,7 +93,12 @@ QByteArray VpcdCard::answer(const QByteArray& c) {
             m_halted = false;
             m_loggedSector = -1;
         }
-        return code == 0x04 ? atr(m_tagType) : QByteArray();
+        if (code != 0x04)
+            return {};
+        // The ATR of a contactless storage card, naming a Mifare 1K or an Ultralight.
+        const char* atr = m_tagType == 5 ? "3B8F8001804F0CA0000003060300030000000068"
+                                         : "3B8F8001804F0CA000000306030001000000006A";
+        return QByteArray::fromHex(atr);
     }
     if (c.size() < 4)
         return sw(0x6700);

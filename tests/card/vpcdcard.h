@@ -44,7 +44,6 @@ public:
     }
 
 private:
-    static QByteArray atr(int tagType);
     void serve();
     QByteArray answer(const QByteArray& message);
     QByteArray authenticate(int block, quint8 keyType, quint8 slot);
