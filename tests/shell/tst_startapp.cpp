@@ -87,22 +87,17 @@ private Q_SLOTS:
     }
 
     // Without a hand-off the host would take the previous sale's amounts for this one.
-    void readOnlySettingsFileIsRaised() {
+    void unusableFileOrDatabaseIsRaised() {
         test::Fixture f;
+        const QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"never-opened"_s);
+        QVERIFY_THROWS_EXCEPTION(Error, GenClass().StartApp(u"S"_s, {}, u"15/11/2026"_s, {}, {},
+                                                            f.iniPath(), closed, u"MEMBER"_s, {},
+                                                            {}, Currency()));
         test::writeFile(f.iniPath(), "[TRANSACTION]\r\nReturnFlag=1\r\n");
         QFile::setPermissions(f.iniPath(), QFile::ReadOwner);
-        GenClass app;
-        QVERIFY_THROWS_EXCEPTION(Error,
-                                 app.StartApp(u"S"_s, {}, u"15/11/2026"_s, {}, {}, f.iniPath(),
-                                              f.db(), u"MEMBER"_s, {}, {}, Currency()));
-    }
-
-    void closedConnectionIsRaisedToTheHost() {
-        test::Fixture f;
-        GenClass app;
-        QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"never-opened"_s);
-        QVERIFY_THROWS_EXCEPTION(Error, app.StartApp(u"S"_s, {}, {}, {}, {}, f.iniPath(), closed,
-                                                     u"MEMBER"_s, {}, {}, Currency()));
+        QVERIFY_THROWS_EXCEPTION(Error, GenClass().StartApp(u"S"_s, {}, u"15/11/2026"_s, {}, {},
+                                                            f.iniPath(), f.db(), u"MEMBER"_s, {},
+                                                            {}, Currency()));
     }
 };
 
