@@ -97,9 +97,8 @@ bool PcscStack::prepare(QString* whyNot) {
     return true;
 }
 
-// The daemon's listening socket, made afresh for each start: a socket with no daemon behind it
-// would leave clients waiting for an answer, where a missing one tells them at once.
-bool PcscStack::listen(QString* whyNot) {
+bool PcscStack::start(QString* whyNot) {
+    // The daemon's socket goes with it: one with no daemon behind it would leave clients waiting.
     const QByteArray socketPath = QFile::encodeName(m_dir.filePath(u"pcscd.comm"_s));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -112,12 +111,6 @@ bool PcscStack::listen(QString* whyNot) {
         ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
         ::listen(m_listener, 16) != 0)
         return fail(whyNot, u"cannot make the daemon's socket "_s + QFile::decodeName(socketPath));
-    return true;
-}
-
-bool PcscStack::start(QString* whyNot) {
-    if (m_listener < 0 && !listen(whyNot))
-        return false;
     // Everything the child needs is made before fork: only async-signal-safe calls after it.
     // The daemon takes the socket only if LISTEN_PID names it; the shell's exec keeps its pid.
     QByteArray sh = "/bin/sh", c = "-c",

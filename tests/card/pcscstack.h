@@ -34,7 +34,6 @@ public:
 private:
     PcscStack() = default;
     bool prepare(QString* whyNot);
-    bool listen(QString* whyNot);
     QString logTail() const;
 
     QTemporaryDir m_dir;
