@@ -4,7 +4,6 @@
 #include "shell/session.h"
 #include "support/fixtures.h"
 
-#include <QSqlQuery>
 #include <QSqlRecord>
 #include <QTest>
 
