@@ -1,6 +1,5 @@
-// What only a PC/SC reader does: reader dialects, bad answers, cards and services that go away,
-// other applications on the same reader. The card paths themselves run in tst_reader and
-// tst_membercard over both back ends.
+// What only a PC/SC reader does; the card paths themselves run in tst_reader and tst_membercard
+// over both back ends.
 #include "card/cardbench.h"
 #include "card/pcscstack.h"
 #include "card/vpcdcard.h"

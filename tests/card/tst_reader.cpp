@@ -20,8 +20,7 @@ struct OnReader {
     ReaderAccess access{s, prompts};
 
     explicit OnReader(const QByteArray& image, int type = TagMifare1K) {
-        if (type != TagMifare1K)
-            bench.setType(type);
+        bench.setType(type);
         bench.put(image);
         bench.attach(s);
     }
