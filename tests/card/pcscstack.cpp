@@ -14,7 +14,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -191,8 +190,7 @@ bool PcscStack::waitForCard(bool present, int timeoutMs) {
     QElapsedTimer waited;
     waited.start();
     while (m_hasContext && waited.elapsed() < timeoutMs) {
-        const DWORD slice = DWORD(std::min<qint64>(500, timeoutMs - waited.elapsed() + 1));
-        const LONG rv = SCardGetStatusChange(m_context, slice, &state, 1);
+        const LONG rv = SCardGetStatusChange(m_context, 500, &state, 1);
         if (rv == SCARD_E_TIMEOUT)
             continue;
         if (rv != SCARD_S_SUCCESS)
