@@ -4,23 +4,27 @@
 #include "card/vpcdcard.h"
 
 #include <QFile>
+#include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace pondar::test {
 
-bool CardBench::overPcsc() {
+namespace {
+
+bool overPcsc() {
     return qEnvironmentVariable("PONDAR_TEST_READER") == u"pcsc"_s;
 }
 
-QString CardBench::unavailable() {
-    if (!overPcsc())
-        return {};
+} // namespace
+
+void CardTest::initTestCase() {
     QString whyNot;
-    return PcscStack::get(&whyNot) ? QString() : u"PC/SC back end not testable: "_s + whyNot;
+    if (overPcsc() && !PcscStack::get(&whyNot))
+        QSKIP(qPrintable(u"PC/SC back end not testable: "_s + whyNot));
 }
 
-void CardBench::finish() {
+void CardTest::cleanupTestCase() {
     PcscStack::finish();
 }
 
@@ -31,8 +35,7 @@ CardBench::CardBench() {
         return;
     }
     QString whyNot;
-    m_stack = PcscStack::get(&whyNot);
-    if (!m_stack)
+    if (!(m_stack = PcscStack::get(&whyNot)))
         qFatal("%s", qPrintable(whyNot));
     reader = card::makePcscReader(QString::fromLatin1(m_stack->readerName()));
 }
@@ -44,10 +47,8 @@ CardBench::~CardBench() {
 }
 
 void CardBench::put(const QByteArray& image) {
-    if (m_sim) {
-        m_sim->put(image);
-        return;
-    }
+    if (m_sim)
+        return m_sim->put(image);
     if (m_card)
         takeAway();
     m_card = std::make_unique<VpcdCard>(m_stack->port(), image, m_type);
@@ -56,20 +57,16 @@ void CardBench::put(const QByteArray& image) {
 }
 
 void CardBench::takeAway() {
-    if (m_sim) {
-        m_sim->takeAway();
-        return;
-    }
+    if (m_sim)
+        return m_sim->takeAway();
     m_card.reset();
     if (!m_stack->waitForCard(false))
         qFatal("the virtual reader still reports a card after it was taken away");
 }
 
 void CardBench::setType(int type) {
-    if (m_sim) {
-        m_sim->setType(type);
-        return;
-    }
+    if (m_sim)
+        return m_sim->setType(type);
     m_type = type;
     if (m_card)
         put(m_card->image());
@@ -83,19 +80,13 @@ void CardBench::lock() {
         return;
     }
     if (m_card)
-        m_card->setLocked(true);
+        m_card->locked = true;
 }
 
 QByteArray CardBench::image() const {
     if (m_sim)
         return m_sim->image();
     return m_card ? m_card->image() : QByteArray();
-}
-
-QString CardBench::readerChoice() const {
-    if (m_sim)
-        return u"sim:"_s + m_sim->dir.path();
-    return u"pcsc:"_s + QString::fromLatin1(m_stack->readerName());
 }
 
 } // namespace pondar::test

@@ -4,6 +4,7 @@
 #include "card/reader.h"
 
 #include <QByteArray>
+#include <QObject>
 #include <QString>
 
 #include <array>
@@ -14,20 +15,10 @@ namespace pondar::test {
 class PcscStack;
 class VpcdCard;
 
-// A card reader with a card to place on it, under the back end that PONDAR_TEST_READER names:
-// unset, the simulated reader on a temporary folder; "pcsc", the PC/SC library on a private
-// pcscd whose virtual reader holds an emulated Mifare Classic 1K. The same card tests run on
-// both. Placing and taking away return once the reader has seen it.
+// The same card tests on the simulated reader and, with PONDAR_TEST_READER=pcsc, over PC/SC.
+// Placing and taking away return once the reader has seen it.
 class CardBench {
 public:
-    // True when the tests run over PC/SC.
-    static bool overPcsc();
-    // Empty when the back end can run here, else why not (for QSKIP in initTestCase). Starts
-    // the process's pcscd.
-    static QString unavailable();
-    // Stops the process's pcscd (cleanupTestCase).
-    static void finish();
-
     CardBench();
     ~CardBench();
     CardBench(const CardBench&) = delete;
@@ -35,7 +26,6 @@ public:
 
     std::shared_ptr<card::ReaderLibrary> reader;
 
-    // The card in the field is replaced by this image.
     void put(const QByteArray& image);
     void put(std::array<card::uint8, 4> uid) { put(card::blankCardImage(uid)); }
     void takeAway();
@@ -43,18 +33,13 @@ public:
     void setType(int type);
     // The card in the field refuses every write.
     void lock();
-
-    // The card in the field; empty with none.
     QByteArray image() const;
     QByteArray block(int absolute) const { return image().mid(absolute * 16, 16); }
 
-    // A session on this reader, as StartApp leaves it: port "1", key text "FF".
     void attach(SessionSettings& session) const {
         session.Reader = reader;
         session.ReaderPort = 1;
     }
-    // The PONDAR_READER text that chooses this reader.
-    QString readerChoice() const;
 
     // The emulated card over PC/SC; null on the simulator or with no card.
     VpcdCard* card() const { return m_card.get(); }
@@ -65,6 +50,15 @@ private:
     PcscStack* m_stack = nullptr;
     std::unique_ptr<VpcdCard> m_card;
     int m_type = card::TagMifare1K;
+};
+
+// The card tests' class: skipped where the bench's back end cannot run, which starts pcscd.
+class CardTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
 };
 
 } // namespace pondar::test

@@ -4,8 +4,8 @@
 #include "card/prompts.h"
 #include "card/reader.h"
 #include "shell/session.h"
+#include "support/fixtures.h"
 
-#include <QDir>
 #include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -22,24 +22,15 @@ struct CardSim {
     QString field() const { return dir.filePath(QStringLiteral("field.mfd")); }
 
     void put(const QByteArray& image) const {
-        QFile::remove(field());
-        QFile f(field());
-        if (!f.open(QIODevice::WriteOnly) || f.write(image) != image.size())
-            qFatal("cannot place the card");
+        QFile::remove(field()); // a locked card is replaced all the same
+        writeFile(field(), image);
     }
     void put(std::array<card::uint8, 4> uid) const { put(card::blankCardImage(uid)); }
     void takeAway() const { QFile::remove(field()); }
     void setType(int type) const {
-        QFile f(dir.filePath(QStringLiteral("field.type")));
-        if (!f.open(QIODevice::WriteOnly))
-            qFatal("cannot write the tag type");
-        f.write(QByteArray::number(type));
+        writeFile(dir.filePath(QStringLiteral("field.type")), QByteArray::number(type));
     }
-
-    QByteArray image() const {
-        QFile f(field());
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
+    QByteArray image() const { return readFile(field()); }
     QByteArray block(int absolute) const { return image().mid(absolute * 16, 16); }
 
     // A session on this reader, as StartApp leaves it: port "1", key text "FF".
@@ -68,15 +59,12 @@ public:
         return supervisor;
     }
 
-    QStringList asked;
-    QStringList errors;
-    QStringList details;
+    QStringList asked, errors, details;
     QList<bool> answers;
     bool supervisor = false; // the password given at MESC
 };
 
-// Places a member's card holding this balance on the simulated reader, written as card issue
-// writes it.
+// Places a member's card holding this balance, written as card issue writes it.
 inline void issueCard(const CardSim& sim, const QString& code, const QString& name,
                       const QString& balance,
                       std::array<card::uint8, 4> uid = {0x11, 0x22, 0x33, 0x44}) {

@@ -1,9 +1,8 @@
 #include "card/pcscstack.h"
+#include "support/fixtures.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <fcntl.h>
@@ -15,12 +14,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
-#include <vector>
-
-extern char** environ;
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -28,9 +23,11 @@ namespace pondar::test {
 
 namespace {
 
-std::unique_ptr<PcscStack>& theStack() {
-    static std::unique_ptr<PcscStack> stack;
-    return stack;
+std::unique_ptr<PcscStack> theStack;
+
+bool fail(QString* whyNot, const QString& why) {
+    *whyNot = why;
+    return false;
 }
 
 // A port that nothing listens on, with the next one free as well: vpcd serves a second slot
@@ -38,59 +35,38 @@ std::unique_ptr<PcscStack>& theStack() {
 quint16 freePortPair() {
     for (int attempt = 0; attempt < 20; ++attempt) {
         const int a = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const int b = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_ANY);
         socklen_t length = sizeof address;
-        if (a < 0 || ::bind(a, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-            ::getsockname(a, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-            if (a >= 0)
-                ::close(a);
-            continue;
-        }
+        auto* any = reinterpret_cast<sockaddr*>(&address);
+        bool free = ::bind(a, any, length) == 0 && ::getsockname(a, any, &length) == 0;
         const quint16 port = ntohs(address.sin_port);
-        const int b = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         address.sin_port = htons(quint16(port + 1));
-        const bool nextFree = port < 65535 && b >= 0 &&
-                              ::bind(b, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+        free = free && port < 65535 && ::bind(b, any, length) == 0;
         ::close(a);
-        if (b >= 0)
-            ::close(b);
-        if (nextFree)
+        ::close(b);
+        if (free)
             return port;
     }
     return 0;
 }
 
-QByteArray findDriver() {
-    const QStringList candidates = {
-        QStringLiteral(PONDAR_PCSC_DRIVERS) + u"/serial/libifdvpcd.so"_s,
-        u"/usr/lib/pcsc/drivers/serial/libifdvpcd.so"_s,
-        u"/usr/lib64/pcsc/drivers/serial/libifdvpcd.so"_s,
-        u"/usr/local/lib/pcsc/drivers/serial/libifdvpcd.so"_s,
-    };
-    for (const QString& path : candidates) {
-        if (QFileInfo::exists(path))
-            return QFile::encodeName(path);
-    }
-    return {};
-}
-
 } // namespace
 
 PcscStack* PcscStack::get(QString* whyNot) {
-    auto& stack = theStack();
-    if (!stack) {
+    if (!theStack) {
         std::unique_ptr<PcscStack> made(new PcscStack);
         if (!made->prepare(whyNot) || !made->start(whyNot))
             return nullptr;
-        stack = std::move(made);
+        theStack = std::move(made);
     }
-    return stack.get();
+    return theStack.get();
 }
 
 void PcscStack::finish() {
-    theStack().reset();
+    theStack.reset();
 }
 
 PcscStack::~PcscStack() {
@@ -98,100 +74,55 @@ PcscStack::~PcscStack() {
 }
 
 bool PcscStack::prepare(QString* whyNot) {
-    QString pcscd = QStandardPaths::findExecutable(
-        u"pcscd"_s, {u"/usr/sbin"_s, u"/sbin"_s, u"/usr/local/sbin"_s});
+    const QString pcscd = QStandardPaths::findExecutable(u"pcscd"_s, {u"/usr/sbin"_s, u"/sbin"_s});
     if (pcscd.isEmpty())
-        pcscd = QStandardPaths::findExecutable(u"pcscd"_s);
-    if (pcscd.isEmpty()) {
-        *whyNot = u"pcscd is not installed (Debian package pcscd)"_s;
-        return false;
-    }
+        return fail(whyNot, u"pcscd is not installed (Debian package pcscd)"_s);
     m_pcscd = QFile::encodeName(pcscd);
-    m_driver = findDriver();
-    if (m_driver.isEmpty()) {
-        *whyNot = u"the vpcd virtual reader driver is not installed (Debian package "
-                  "vsmartcard-vpcd)"_s;
-        return false;
-    }
-    if (!m_dir.isValid()) {
-        *whyNot = u"no temporary folder for pcscd"_s;
-        return false;
-    }
+    const QByteArray driver = PONDAR_PCSC_DRIVERS "/serial/libifdvpcd.so";
+    if (!QFile::exists(QFile::decodeName(driver)))
+        return fail(whyNot, u"the vpcd driver is not installed (Debian package vsmartcard-vpcd)"_s);
     m_port = freePortPair();
-    if (m_port == 0) {
-        *whyNot = u"no free TCP ports for the virtual reader"_s;
-        return false;
-    }
+    if (m_port == 0)
+        return fail(whyNot, u"no free TCP ports for the virtual reader"_s);
     const QByteArray friendly = "Pondar Test " + QByteArray::number(m_port);
     m_readerName = friendly + " 00 00";
-    QFile conf(m_dir.filePath(u"reader.conf"_s));
-    if (!conf.open(QIODevice::WriteOnly) ||
-        conf.write("FRIENDLYNAME \"" + friendly +
-                   "\"\nDEVICENAME /dev/null:" + QByteArray::number(m_port) + "\nLIBPATH " +
-                   m_driver + "\nCHANNELID " + QByteArray::number(m_port) + "\n") < 0) {
-        *whyNot = u"cannot write the reader configuration"_s;
-        return false;
-    }
-    conf.close();
+    writeFile(m_dir.filePath(u"reader.conf"_s),
+              "FRIENDLYNAME \"" + friendly +
+                  "\"\nDEVICENAME /dev/null:" + QByteArray::number(m_port) + "\nLIBPATH " + driver +
+                  "\nCHANNELID " + QByteArray::number(m_port) + "\n");
 
     // The client library reads this once, at its first call.
     qputenv("PCSCLITE_CSOCK_NAME", QFile::encodeName(m_dir.filePath(u"pcscd.comm"_s)));
     return true;
 }
 
-// The daemon's listening socket, made afresh for each start: a socket with no daemon behind it
-// would leave clients waiting for an answer, where a missing one tells them at once.
-bool PcscStack::listen(QString* whyNot) {
+bool PcscStack::start(QString* whyNot) {
+    // The daemon's socket goes with it: one with no daemon behind it would leave clients waiting.
     const QByteArray socketPath = QFile::encodeName(m_dir.filePath(u"pcscd.comm"_s));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (socketPath.size() >= qsizetype(sizeof address.sun_path)) {
-        *whyNot = u"the temporary folder's path is too long for a socket"_s;
-        return false;
-    }
+    if (socketPath.size() >= qsizetype(sizeof address.sun_path))
+        return fail(whyNot, u"the temporary folder's path is too long for a socket"_s);
     std::memcpy(address.sun_path, socketPath.constData(), size_t(socketPath.size()));
     ::unlink(socketPath.constData());
     m_listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (m_listener < 0 ||
         ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(m_listener, 16) != 0) {
-        *whyNot = u"cannot make the daemon's socket "_s + QFile::decodeName(socketPath);
-        return false;
-    }
-    return true;
-}
-
-bool PcscStack::start(QString* whyNot) {
-    if (m_listener < 0 && !listen(whyNot))
-        return false;
-    const QByteArray conf = QFile::encodeName(m_dir.filePath(u"reader.conf"_s));
-    const QByteArray log = QFile::encodeName(m_dir.filePath(u"pcscd.log"_s));
-    const int logFd = ::open(log.constData(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-
+        ::listen(m_listener, 16) != 0)
+        return fail(whyNot, u"cannot make the daemon's socket "_s + QFile::decodeName(socketPath));
     // Everything the child needs is made before fork: only async-signal-safe calls after it.
-    std::vector<QByteArray> env;
-    for (char** e = environ; *e; ++e) {
-        if (!QByteArray(*e).startsWith("LISTEN_"))
-            env.emplace_back(*e);
-    }
-    env.emplace_back("LISTEN_FDS=1");
-    char listenPid[32] = "LISTEN_PID=";
-    std::vector<char*> envp;
-    for (QByteArray& e : env)
-        envp.push_back(e.data());
-    envp.push_back(listenPid);
-    envp.push_back(nullptr);
-    QByteArray arg0 = "pcscd", arg1 = "-f", arg2 = "-c", arg3 = conf;
-    char* argv[] = {arg0.data(), arg1.data(), arg2.data(), arg3.data(), nullptr};
+    // The daemon takes the socket only if LISTEN_PID names it; the shell's exec keeps its pid.
+    QByteArray sh = "/bin/sh", c = "-c",
+               script = R"(LISTEN_FDS=1 LISTEN_PID=$$ exec "$0" -f -c "$1" >>"$2" 2>&1)",
+               pcscd = m_pcscd, conf = QFile::encodeName(m_dir.filePath(u"reader.conf"_s)),
+               log = QFile::encodeName(m_dir.filePath(u"pcscd.log"_s));
+    char* argv[] = {sh.data(),   c.data(),   script.data(), pcscd.data(),
+                    conf.data(), log.data(), nullptr};
     const pid_t parent = ::getpid();
 
     const pid_t pid = ::fork();
-    if (pid < 0) {
-        *whyNot = u"cannot fork pcscd"_s;
-        if (logFd >= 0)
-            ::close(logFd);
-        return false;
-    }
+    if (pid < 0)
+        return fail(whyNot, u"cannot fork pcscd"_s);
     if (pid == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (::getppid() != parent)
@@ -200,53 +131,32 @@ bool PcscStack::start(QString* whyNot) {
             ::fcntl(3, F_SETFD, 0);
         else if (::dup2(m_listener, 3) != 3)
             ::_exit(126);
-        if (logFd >= 0) {
-            ::dup2(logFd, 1);
-            ::dup2(logFd, 2);
-        }
-        char digits[16];
-        int n = 0;
-        for (pid_t self = ::getpid(); self > 0; self /= 10)
-            digits[n++] = char('0' + self % 10);
-        char* at = listenPid + 11;
-        while (n > 0)
-            *at++ = digits[--n];
-        *at = '\0';
-        ::execve(m_pcscd.constData(), argv, envp.data());
+        ::execv(argv[0], argv);
         ::_exit(127);
     }
-    if (logFd >= 0)
-        ::close(logFd);
     m_pid = pid;
 
     // Ready when the reader is listed; the daemon can take a while under the sanitizers.
     QElapsedTimer waited;
     waited.start();
     while (waited.elapsed() < 15000) {
-        int wstatus = 0;
-        if (::waitpid(m_pid, &wstatus, WNOHANG) == m_pid) {
+        if (::waitpid(m_pid, nullptr, WNOHANG) == m_pid) {
             m_pid = -1;
-            *whyNot = u"pcscd stopped as it started: "_s + logTail();
-            return false;
+            return fail(whyNot, u"pcscd stopped as it started: "_s + logTail());
         }
         if (!m_hasContext && SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr,
                                                    &m_context) == SCARD_S_SUCCESS)
             m_hasContext = true;
-        if (m_hasContext) {
-            DWORD length = 0;
-            if (SCardListReaders(m_context, nullptr, nullptr, &length) == SCARD_S_SUCCESS) {
-                QByteArray names(qsizetype(length), '\0');
-                if (SCardListReaders(m_context, nullptr, names.data(), &length) ==
-                        SCARD_S_SUCCESS &&
-                    names.split('\0').contains(m_readerName))
-                    return true;
-            }
-        }
+        char names[4096];
+        DWORD length = sizeof names;
+        if (m_hasContext &&
+            SCardListReaders(m_context, nullptr, names, &length) == SCARD_S_SUCCESS &&
+            QByteArray(names, length).split('\0').contains(m_readerName))
+            return true;
         ::usleep(50 * 1000);
     }
-    *whyNot = u"pcscd did not list its virtual reader within 15 s: "_s + logTail();
     stop();
-    return false;
+    return fail(whyNot, u"pcscd did not list its virtual reader within 15 s: "_s + logTail());
 }
 
 void PcscStack::stop() {
@@ -263,44 +173,28 @@ void PcscStack::stop() {
     ::kill(m_pid, SIGTERM);
     QElapsedTimer waited;
     waited.start();
-    int wstatus = 0;
-    while (::waitpid(m_pid, &wstatus, WNOHANG) != m_pid) {
-        if (waited.elapsed() > 5000) {
-            ::kill(m_pid, SIGKILL);
-            ::waitpid(m_pid, &wstatus, 0);
-            break;
-        }
+    bool gone = false;
+    while (!(gone = ::waitpid(m_pid, nullptr, WNOHANG) == m_pid) && waited.elapsed() < 5000)
         ::usleep(20 * 1000);
+    if (!gone) {
+        ::kill(m_pid, SIGKILL);
+        ::waitpid(m_pid, nullptr, 0);
     }
     m_pid = -1;
 }
 
 bool PcscStack::waitForCard(bool present, int timeoutMs) {
-    QElapsedTimer waited;
-    waited.start();
     SCARD_READERSTATE state{};
     state.szReader = m_readerName.constData();
     state.dwCurrentState = SCARD_STATE_UNAWARE;
-    while (waited.elapsed() < timeoutMs) {
-        if (!m_hasContext) {
-            if (SCardEstablishContext(SCARD_SCOPE_SYSTEM, nullptr, nullptr, &m_context) !=
-                SCARD_S_SUCCESS) {
-                ::usleep(50 * 1000);
-                continue;
-            }
-            m_hasContext = true;
-        }
-        const DWORD slice = DWORD(std::min<qint64>(500, timeoutMs - waited.elapsed() + 1));
-        const LONG rv = SCardGetStatusChange(m_context, slice, &state, 1);
+    QElapsedTimer waited;
+    waited.start();
+    while (m_hasContext && waited.elapsed() < timeoutMs) {
+        const LONG rv = SCardGetStatusChange(m_context, 500, &state, 1);
         if (rv == SCARD_E_TIMEOUT)
             continue;
-        if (rv != SCARD_S_SUCCESS) {
-            SCardReleaseContext(m_context);
-            m_hasContext = false;
-            state.dwCurrentState = SCARD_STATE_UNAWARE;
-            ::usleep(50 * 1000);
-            continue;
-        }
+        if (rv != SCARD_S_SUCCESS)
+            return false;
         const DWORD s = state.dwEventState;
         if (present ? (s & SCARD_STATE_PRESENT) && !(s & SCARD_STATE_MUTE) && state.cbAtr > 0
                     : (s & SCARD_STATE_EMPTY) != 0)
@@ -311,11 +205,7 @@ bool PcscStack::waitForCard(bool present, int timeoutMs) {
 }
 
 QString PcscStack::logTail() const {
-    QFile log(m_dir.filePath(u"pcscd.log"_s));
-    if (!log.open(QIODevice::ReadOnly))
-        return u"(no log)"_s;
-    const QByteArray all = log.readAll();
-    return QString::fromLocal8Bit(all.right(1500)).trimmed();
+    return QString::fromLocal8Bit(readFile(m_dir.filePath(u"pcscd.log"_s)).right(1500)).trimmed();
 }
 
 } // namespace pondar::test

@@ -8,44 +8,36 @@
 
 namespace pondar::test {
 
-// A private pcsc-lite stack for one test process: pcscd in the foreground with one vpcd virtual
-// reader on free TCP ports, started the way systemd does it (its listening socket on fd 3,
-// LISTEN_FDS and LISTEN_PID), so that it never meets a system daemon. The process finds it
-// through PCSCLITE_CSOCK_NAME. The daemon dies with the test process.
+// A private pcscd with one vpcd virtual reader, for one test process. It is socket-activated as
+// systemd would start it, so that it never meets a system daemon, and it dies with the process.
 class PcscStack {
 public:
-    // The process's stack, started on first use; null, with the reason in whyNot, when it
-    // cannot run here.
+    // Started on first use; null, with the reason in whyNot, when it cannot run here.
     static PcscStack* get(QString* whyNot);
-    // Stops the daemon, if one was started.
     static void finish();
 
     ~PcscStack();
     PcscStack(const PcscStack&) = delete;
     PcscStack& operator=(const PcscStack&) = delete;
 
-    // The TCP port of the reader's first slot, where a card connects.
+    // Where a card connects, and the PC/SC name of that slot.
     quint16 port() const { return m_port; }
-    // The PC/SC name of that slot.
     QByteArray readerName() const { return m_readerName; }
 
-    // Waits until pcscd reports a powered card in the reader (or none); false after timeoutMs.
+    // Until pcscd reports a powered card in the reader (or none); false after timeoutMs.
     bool waitForCard(bool present, int timeoutMs = 5000);
 
-    // Stops the daemon and removes its socket; start() brings both back, on the same socket
-    // path and ports.
+    // start() brings the daemon back on the same socket and ports.
     void stop();
     bool start(QString* whyNot);
 
 private:
     PcscStack() = default;
     bool prepare(QString* whyNot);
-    bool listen(QString* whyNot);
     QString logTail() const;
 
     QTemporaryDir m_dir;
     QByteArray m_pcscd;
-    QByteArray m_driver;
     int m_listener = -1;
     quint16 m_port = 0;
     QByteArray m_readerName;

@@ -8,15 +8,11 @@ target_link_libraries(pondar_cardbench PUBLIC pondar_testsupport PkgConfig::PCSC
 target_compile_definitions(pondar_cardbench PRIVATE
     PONDAR_PCSC_DRIVERS="${PONDAR_PCSC_DRIVERS}")
 
-pondar_test(tst_codec card/tst_codec.cpp NO_DATABASE)
-pondar_test(tst_reader card/tst_reader.cpp NO_DATABASE)
-pondar_test(tst_membercard card/tst_membercard.cpp NO_DATABASE)
-pondar_test(tst_pcscreader card/tst_pcscreader.cpp NO_DATABASE)
-foreach(name tst_reader tst_membercard tst_pcscreader)
-    target_link_libraries(${name} PRIVATE pondar_cardbench)
+foreach(name codec reader membercard pcscreader simfolder)
+    pondar_test(tst_${name} card/tst_${name}.cpp NO_DATABASE)
+    target_link_libraries(tst_${name} PRIVATE pondar_cardbench)
 endforeach()
-pondar_test(tst_balancescreen card/tst_balancescreen.cpp card/cardsim.h)
-pondar_test(tst_simfolder card/tst_simfolder.cpp NO_DATABASE)
+pondar_test(tst_balancescreen card/tst_balancescreen.cpp)
 
 # The card tests once more over PC/SC; the PC/SC faults only there.
 foreach(name tst_reader tst_membercard)

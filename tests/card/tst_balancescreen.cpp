@@ -1,6 +1,5 @@
 #include "card/balancescreen.h"
 #include "card/cardsim.h"
-#include "card/membercard.h"
 #include "shell/database.h"
 #include "shell/screens.h"
 #include "support/dialogs.h"
@@ -19,7 +18,14 @@ using namespace pondar::card;
 
 namespace {
 
-QString boxes(QWidget* display) {
+void typePassword(QWidget* gate, const QString& password) {
+    auto* text1 = test::child<QLineEdit>(gate, u"Text1"_s);
+    QTest::keyClicks(text1, password);
+    QTest::keyClick(text1, Qt::Key_Return); // the confirm is the default button
+}
+
+QString boxes(MFBAL* display) {
+    display->refresh();
     QStringList out;
     for (int i = 0; i < 4; ++i)
         out.append(test::child<QLineEdit>(display, u"TXT(%1)"_s.arg(i))->text());
@@ -41,28 +47,18 @@ private Q_SLOTS:
         sim.attach(s);
         test::MessageBoxes messages;
         MFBAL display(s);
-        display.refresh();
         QCOMPARE(boxes(&display), u"|||"_s);
 
-        sim.put({1, 2, 3, 4});
-        test::RecordingPrompts prompts;
-        MemberCard card(s, prompts);
-        QVERIFY(card.openSelectLogin(MemberSector) && card.writeSerial() &&
-                card.writeCode(u"000001"_s) && card.writeName(u"TAN AH KOW"_s) &&
-                card.openSelectLogin(ValueSector) &&
-                card.writeField(ValueSector, u"VALUE"_s, u"1234.5"_s));
+        test::issueCard(sim, u"000001"_s, u"TAN AH KOW"_s, u"1234.5"_s);
         for (const auto& [value, status] : {std::pair{"10", 0}, {"15", 0}, {"99", 1}})
             db::exec(f.db(),
                      u"INSERT INTO Customize_Topup (CardNo, FValue, UpdateStatus) VALUES (?,?,?)"_s,
                      {u"000001"_s, QString::fromLatin1(value), status});
         db::exec(f.db(), u"INSERT INTO Customize_Transaction (CardNo,Billtype,NewValue) "
                          "VALUES ('000001','IN',1234.5)"_s);
-        display.refresh();
         QCOMPARE(boxes(&display), u"000001|TAN AH KOW|1234.50|25.00"_s);
         // A card rewritten with more than its ledger holds still shows the ledger's balance.
-        QVERIFY(card.openSelectLogin(ValueSector) &&
-                card.writeField(ValueSector, u"VALUE"_s, u"9999"_s));
-        display.refresh();
+        test::issueCard(sim, u"000001"_s, u"TAN AH KOW"_s, u"9999"_s);
         QCOMPARE(boxes(&display), u"000001|TAN AH KOW|1234.50|25.00"_s);
         auto* done = test::child<QLabel>(&display, u"LastTransaction"_s);
         QVERIFY(done->isHidden());
@@ -75,7 +71,6 @@ private Q_SLOTS:
         QCOMPARE(done->text(), u"Top Up 10.00   New Balance : 1244.50"_s);
 
         sim.takeAway();
-        display.refresh();
         QCOMPARE(boxes(&display), u"|||"_s);
         QVERIFY(messages.seen().isEmpty());
     }
@@ -88,9 +83,7 @@ private Q_SLOTS:
         bool openAfterClose = false, openAfterWrongPassword = false;
         std::unique_ptr<test::OnModal> rightGate;
         test::OnModal wrongGate(u"MESC"_s, [&](QWidget* gate) {
-            auto* text1 = test::child<QLineEdit>(gate, u"Text1"_s);
-            QTest::keyClicks(text1, u"krwd3917"_s);
-            QTest::keyClick(text1, Qt::Key_Return);
+            typePassword(gate, u"krwd3917"_s);
             test::child<QPushButton>(gate, u"Command2"_s)->click();
         });
         test::OnModal display(u"MFBAL"_s, [&](QWidget* w) {
@@ -98,11 +91,8 @@ private Q_SLOTS:
             openAfterClose = w->isVisible();
             QTest::keyClick(w, Qt::Key_F12);
             openAfterWrongPassword = w->isVisible();
-            rightGate = std::make_unique<test::OnModal>(u"MESC"_s, [](QWidget* gate) {
-                auto* text1 = test::child<QLineEdit>(gate, u"Text1"_s);
-                QTest::keyClicks(text1, u"KRWD3917"_s);
-                QTest::keyClick(text1, Qt::Key_Return); // the confirm is the default button
-            });
+            rightGate = std::make_unique<test::OnModal>(
+                u"MESC"_s, [](QWidget* gate) { typePassword(gate, u"KRWD3917"_s); });
             QTest::keyClick(w, Qt::Key_F12);
         });
         showBalanceDisplay(s);

@@ -23,7 +23,10 @@ struct OnReader {
     MemberCard card{s, prompts};
     CardData data;
 
-    OnReader() { bench.attach(s); }
+    OnReader() {
+        bench.attach(s);
+        bench.put({1, 2, 3, 4});
+    }
 
     // Writes a member record onto the card in the field, as card issue does.
     void issue(const QString& code, const QString& value) {
@@ -36,21 +39,13 @@ struct OnReader {
 
 } // namespace
 
-class TestMemberCard final : public QObject {
+class TestMemberCard final : public test::CardTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        if (const QString why = test::CardBench::unavailable(); !why.isEmpty())
-            QSKIP(qPrintable(why));
-    }
-    void cleanupTestCase() { test::CardBench::finish(); }
-
-    // An issued card reads back; a copy of its record on another card, or a garbled balance
-    // (which a top-up would write over), stops the read.
+    // A copy of the record on another card, or a garbled balance, stops the read.
     void readsOnlyItsOwnRecord() {
         OnReader r;
-        r.bench.put({0x55, 0x66, 0x77, 0x88});
         const QByteArray blank = r.bench.image();
         r.bench.put({0x1A, 0x2B, 0x3C, 0x4D});
         r.issue(u"000001"_s, u"150.5"_s);
@@ -70,9 +65,7 @@ private Q_SLOTS:
         QCOMPARE(r.card.read(r.data), ReadResult::BadBalance);
     }
 
-    // A record a Save would pass on to the hand-off, the slip or a posting reads as unreadable:
-    // control bytes in CODE or NAME, text after the padding, and a balance that is negative,
-    // no plain number or past the money range.
+    // What a Save would pass on to the hand-off, the slip or a posting must not read.
     void hostileRecordIsUnreadable_data() {
         QTest::addColumn<int>("block");
         QTest::addColumn<QByteArray>("bytes");
@@ -82,11 +75,7 @@ private Q_SLOTS:
         QTest::newRow("CR LF in NAME") << 42 << padded("A\r\nWriteValue=9") << bad;
         QTest::newRow("ESC p in NAME") << 42 << padded("TAN\x1bp\x00") << bad;
         QTest::newRow("GS V in CODE") << 41 << padded("0001\x1dV\x42") << bad;
-        QTest::newRow("text after NUL") << 41
-                                        << QByteArray("0001\0"
-                                                      "ABCDEFGHIJK",
-                                                      16)
-                                        << bad;
+        QTest::newRow("text after NUL") << 41 << QByteArray("0001\0ABCDEFGHIJK", 16) << bad;
         QTest::newRow("DEL in CODE") << 41 << padded("0001\x7f") << bad;
         QTest::newRow("tab in NAME") << 42 << padded("TAN\tKOW") << bad;
         QTest::newRow("0xFF is a letter") << 42 << padded("\xff\xff") << int(ReadResult::Ok);
@@ -100,7 +89,6 @@ private Q_SLOTS:
         QFETCH(int, block);
         QFETCH(QByteArray, bytes);
         OnReader r;
-        r.bench.put({0x1A, 0x2B, 0x3C, 0x4D});
         r.issue(u"000001"_s, u"10"_s);
         QByteArray image = r.bench.image();
         image.replace(block * 16, 16, bytes);
@@ -113,7 +101,6 @@ private Q_SLOTS:
 
     void fieldOf16Or17Characters() {
         OnReader r;
-        r.bench.put({1, 2, 3, 4});
         QVERIFY(r.card.openSelectLogin(MemberSector));
         QVERIFY(r.card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOP"_s));
         QCOMPARE(r.card.readField(MemberSector, 2), u"ABCDEFGHIJKLMNOP"_s);
@@ -121,25 +108,6 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(
             pondar::Error, r.card.writeField(MemberSector, u"NAME"_s, u"ABCDEFGHIJKLMNOPQ"_s));
         QCOMPARE(r.bench.image(), before);
-    }
-
-    void confirmAndWriteValue() {
-        OnReader r;
-        r.bench.put({1, 2, 3, 4});
-        r.issue(u"000005"_s, u"50"_s);
-        const QByteArray before = r.bench.image();
-
-        r.prompts.answers = {false};
-        QVERIFY(!r.card.confirmAndWriteValue(BillType::Out, Currency::parse(u"10"_s),
-                                             Currency::parse(u"40"_s)));
-        QCOMPARE(r.bench.image(), before);
-
-        QVERIFY(r.card.confirmAndWriteValue(BillType::In, Currency::parse(u"1184.5"_s),
-                                            Currency::parse(u"1234.50"_s)));
-        QCOMPARE(r.prompts.asked,
-                 QStringList({u"Confirm to withdraw out value : 10.00 from Card ?"_s,
-                              u"Confirm to Add in value : 1184.50 to Card ?"_s}));
-        QCOMPARE(r.bench.block(36), padded("1234.5"));
     }
 };
 

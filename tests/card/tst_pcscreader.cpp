@@ -1,6 +1,5 @@
-// What only a PC/SC reader does: reader dialects, bad answers, cards and services that go away,
-// other applications on the same reader. The card paths themselves run in tst_reader and
-// tst_membercard over both back ends.
+// What only a PC/SC reader does; the card paths themselves run in tst_reader and tst_membercard
+// over both back ends.
 #include "card/cardbench.h"
 #include "card/pcscstack.h"
 #include "card/vpcdcard.h"
@@ -65,16 +64,10 @@ struct OtherApplication {
 
 } // namespace
 
-class TestPcscReader final : public QObject {
+class TestPcscReader final : public test::CardTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        if (const QString why = test::CardBench::unavailable(); !why.isEmpty())
-            QSKIP(qPrintable(why));
-    }
-    void cleanupTestCase() { test::CardBench::finish(); }
-
     void readerDialects_data() {
         QTest::addColumn<bool>("refusesSlot0");
         QTest::addColumn<bool>("olderOnly");
@@ -85,7 +78,8 @@ private Q_SLOTS:
         QFETCH(bool, refusesSlot0);
         QFETCH(bool, olderOnly);
         OnBench b;
-        b.bench.card()->setDialect(refusesSlot0, olderOnly);
+        b.bench.card()->refusesSlot0 = refusesSlot0;
+        b.bench.card()->olderOnly = olderOnly;
         QCOMPARE(b.ready(), status::Ok);
         QCOMPARE(b.lib.Write(b.h, 37, Data), status::Ok);
         QCOMPARE(b.bench.block(37).left(6), QByteArray("1234.5"));
@@ -102,14 +96,13 @@ private Q_SLOTS:
         QTest::newRow("write: card pulled") << UpdateBinary << QByteArray();
         QTest::newRow("uid: one byte") << GetUid << QByteArray::fromHex("6A");
     }
-    // A garbled answer, or none, fails the one operation, writes nothing and is not retried;
-    // the next attempt works.
+    // A garbled answer, or none, fails the one operation, writes nothing and is not retried.
     void badAnswers() {
         QFETCH(quint8, ins);
         QFETCH(QByteArray, answer);
         OnBench b;
         if (answer.isEmpty())
-            b.bench.card()->vanishOn(ins);
+            b.bench.card()->vanishOn = ins;
         else
             b.bench.card()->answerNext(ins, answer);
         int16 s = b.ready();

@@ -20,8 +20,7 @@ struct OnReader {
     ReaderAccess access{s, prompts};
 
     explicit OnReader(const QByteArray& image, int type = TagMifare1K) {
-        if (type != TagMifare1K)
-            bench.setType(type);
+        bench.setType(type);
         bench.put(image);
         bench.attach(s);
     }
@@ -29,16 +28,10 @@ struct OnReader {
 
 } // namespace
 
-class TestReader final : public QObject {
+class TestReader final : public test::CardTest {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        if (const QString why = test::CardBench::unavailable(); !why.isEmpty())
-            QSKIP(qPrintable(why));
-    }
-    void cleanupTestCase() { test::CardBench::finish(); }
-
     void serialTexts_data() {
         QTest::addColumn<int>("type");
         QTest::addColumn<QByteArray>("uid");

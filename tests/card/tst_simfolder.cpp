@@ -1,23 +1,14 @@
 #include "card/membercard.h"
 #include "card/reader.h"
 #include "card/simfolder.h"
+#include "support/fixtures.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace pondar;
 using namespace pondar::card;
-
-namespace {
-
-QByteArray fileBytes(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-} // namespace
 
 class TestSimFolder final : public QObject {
     Q_OBJECT
@@ -32,7 +23,7 @@ private Q_SLOTS:
         QCOMPARE(cards.size(), 3);
         const QByteArray trailer = QByteArray::fromHex("FFFFFFFFFFFFFF078069FFFFFFFFFFFF");
         for (const auto& card : cards) {
-            const QByteArray image = fileBytes(dir.filePath(card.file));
+            const QByteArray image = test::readFile(dir.filePath(card.file));
             QCOMPARE(image.size(), 1024);
             QCOMPARE(quint8(image[4]), quint8(image[0] ^ image[1] ^ image[2] ^ image[3]));
             for (int sector = 0; sector < 16; ++sector)
@@ -48,17 +39,15 @@ private Q_SLOTS:
         const auto cards = folder.tray();
         folder.put(cards[0].file);
 
-        QFile field(dir.filePath(u"field.mfd"_s));
-        QVERIFY(field.open(QIODevice::ReadWrite) && field.seek((MemberSector * 4 + 1) * 16));
-        field.write("000007");
-        field.close();
-        const QByteArray image = fileBytes(field.fileName());
+        const QString field = dir.filePath(u"field.mfd"_s);
+        QByteArray image = test::readFile(field);
+        test::writeFile(field, image.replace((MemberSector * 4 + 1) * 16, 6, "000007"));
 
         folder.put(cards[1].file); // swaps: the first card goes back to the tray
         const auto tray = folder.tray();
         QCOMPARE(tray.size(), 1);
         QCOMPARE(tray[0].code, u"000007"_s);
-        QCOMPARE(fileBytes(dir.filePath(tray[0].file)), image);
+        QCOMPARE(test::readFile(dir.filePath(tray[0].file)), image);
     }
 };
 

@@ -1,12 +1,10 @@
 #include "card/vpcdcard.h"
 
-#include <QElapsedTimer>
 #include <QStringBuilder>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -36,59 +34,29 @@ bool receiveAll(int fd, char* data, int size) {
     return true;
 }
 
-bool sendAll(int fd, const QByteArray& bytes) {
-    const char* data = bytes.constData();
-    qsizetype left = bytes.size();
-    while (left > 0) {
-        const ssize_t n = ::send(fd, data, size_t(left), MSG_NOSIGNAL);
-        if (n <= 0)
-            return false;
-        data += n;
-        left -= n;
-    }
-    return true;
-}
-
 } // namespace
-
-QByteArray VpcdCard::atr(int tagType) {
-    const char name = tagType == 3 ? 0x02 : tagType == 5 ? 0x03 : 0x01;
-    QByteArray atr =
-        QByteArray::fromHex("3B8F8001804F0CA0000003060300") + name + QByteArray(4, '\0');
-    char check = 0;
-    for (qsizetype i = 1; i < atr.size(); ++i)
-        check ^= atr[i];
-    return atr + check;
-}
 
 VpcdCard::VpcdCard(quint16 port, const QByteArray& image, int tagType)
     : m_tagType(tagType)
     , m_image(image) {
-    // vpcd may not listen yet right after its daemon started.
-    QElapsedTimer waited;
-    waited.start();
-    while (waited.elapsed() < 5000) {
-        const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (fd >= 0 && ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
-            const int one = 1;
-            ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-            m_fd = fd;
-            break;
-        }
-        if (fd >= 0)
-            ::close(fd);
-        ::usleep(50 * 1000);
+    // pcscd lists the reader only once vpcd listens.
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+        const int one = 1;
+        ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+        m_fd = fd;
+    } else if (fd >= 0) {
+        ::close(fd);
     }
     if (m_fd >= 0)
         m_thread = std::thread([this] { serve(); });
 }
 
 VpcdCard::~VpcdCard() {
-    m_stop = true;
     if (m_fd >= 0)
         ::shutdown(m_fd, SHUT_RDWR);
     if (m_thread.joinable())
@@ -97,51 +65,9 @@ VpcdCard::~VpcdCard() {
         ::close(m_fd);
 }
 
-QByteArray VpcdCard::image() const {
-    std::lock_guard lock(m_mutex);
-    return m_image;
-}
-
-void VpcdCard::setLocked(bool locked) {
-    std::lock_guard lock(m_mutex);
-    m_locked = locked;
-}
-
-void VpcdCard::setDialect(bool refusesSlot0, bool olderAuthenticateOnly) {
-    std::lock_guard lock(m_mutex);
-    m_refusesSlot0 = refusesSlot0;
-    m_olderOnly = olderAuthenticateOnly;
-}
-
-void VpcdCard::answerNext(quint8 ins, const QByteArray& raw) {
-    std::lock_guard lock(m_mutex);
-    m_answers[ins] = raw;
-}
-
-void VpcdCard::vanishOn(quint8 ins) {
-    std::lock_guard lock(m_mutex);
-    m_vanishOn = ins;
-}
-
-void VpcdCard::setLosesWrites(bool loses) {
-    std::lock_guard lock(m_mutex);
-    m_losesWrites = loses;
-}
-
-int VpcdCard::count(quint8 ins) const {
-    std::lock_guard lock(m_mutex);
-    const auto it = m_counts.find(ins);
-    return it == m_counts.end() ? 0 : it->second;
-}
-
 void VpcdCard::serve() {
-    while (!m_stop) {
-        pollfd p{m_fd, POLLIN, 0};
-        const int ready = ::poll(&p, 1, 100);
-        if (ready == 0)
-            continue;
-        if (ready < 0)
-            return;
+    // Until the card is taken away: shutting the socket down ends the wait for a message.
+    for (;;) {
         char head[2];
         if (!receiveAll(m_fd, head, 2))
             return;
@@ -149,50 +75,39 @@ void VpcdCard::serve() {
         QByteArray message(length, '\0');
         if (!receiveAll(m_fd, message.data(), length))
             return;
-        bool vanish = false;
-        const QByteArray reply = answer(message, vanish);
-        if (vanish) {
-            // Taken away mid-command: vpcd sees the connection close.
-            ::shutdown(m_fd, SHUT_RDWR);
-            return;
-        }
+        const QByteArray reply = answer(message);
         if (reply.isEmpty())
             continue;
-        const QByteArray framed =
-            QByteArray(1, char(reply.size() >> 8)) + char(reply.size() & 0xFF) + reply;
-        if (!sendAll(m_fd, framed))
+        // Answers are a few hundred bytes: a blocking send takes them whole.
+        const QByteArray framed = sw(quint16(reply.size())) + reply;
+        if (::send(m_fd, framed.constData(), size_t(framed.size()), MSG_NOSIGNAL) != framed.size())
             return;
     }
 }
 
-QByteArray VpcdCard::answer(const QByteArray& message, bool& vanish) {
+QByteArray VpcdCard::answer(const QByteArray& c) {
     std::lock_guard lock(m_mutex);
-    if (message.size() == 1) {
-        switch (quint8(message[0])) {
-        case 0x00: // power off
-        case 0x01: // power on
-        case 0x02: // reset
+    if (c.size() == 1) {
+        const quint8 code = quint8(c[0]);
+        if (code <= 0x02) { // power off, power on, reset
             m_halted = false;
             m_loggedSector = -1;
-            return {};
-        case 0x04:
-            return atr(m_tagType);
-        default:
-            return {};
         }
+        if (code != 0x04)
+            return {};
+        // The ATR of a contactless storage card, naming a Mifare 1K or an Ultralight.
+        const char* atr = m_tagType == 5 ? "3B8F8001804F0CA0000003060300030000000068"
+                                         : "3B8F8001804F0CA000000306030001000000006A";
+        return QByteArray::fromHex(atr);
     }
-    return apdu(message, vanish);
-}
-
-QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
     if (c.size() < 4)
         return sw(0x6700);
     if (quint8(c[0]) != 0xFF)
         return sw(0x6E00);
     const quint8 ins = quint8(c[1]);
     ++m_counts[ins];
-    if (m_vanishOn == ins) {
-        vanish = true;
+    if (vanishOn == ins) { // taken away mid-command: vpcd sees the connection close
+        ::shutdown(m_fd, SHUT_RDWR);
         return {};
     }
     if (const auto it = m_answers.find(ins); it != m_answers.end()) {
@@ -209,12 +124,12 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
     case 0x82: // Load Key into a reader slot
         if (c.size() != 11 || quint8(c[4]) != 6)
             return sw(0x6700);
-        if (m_refusesSlot0 && p2 == 0)
+        if (refusesSlot0 && p2 == 0)
             return sw(0x6986);
         m_keys[p2] = c.mid(5, 6);
         return sw(0x9000);
     case 0x86: // General Authenticate: 01 00 block keytype slot
-        if (m_olderOnly)
+        if (olderOnly)
             return sw(0x6D00);
         if (c.size() != 10 || quint8(c[4]) != 5 || c[5] != 0x01)
             return sw(0x6700);
@@ -223,17 +138,10 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
         if (c.size() != 6)
             return sw(0x6700);
         return authenticate(p2, quint8(c[4]), quint8(c[5]));
-    case 0xB0: { // Read Binary
-        if (m_halted)
-            return sw(0x6300);
-        if (p2 >= Blocks)
-            return sw(0x6A82);
-        if (m_loggedSector != p2 / 4)
-            return sw(0x6982);
-        return m_image.mid(p2 * BlockSize, BlockSize) + sw(0x9000);
-    }
+    case 0xB0:   // Read Binary
     case 0xD6: { // Update Binary
-        if (c.size() != 5 + BlockSize || quint8(c[4]) != BlockSize)
+        const bool write = ins == 0xD6;
+        if (write && (c.size() != 5 + BlockSize || quint8(c[4]) != BlockSize))
             return sw(0x6700);
         if (m_halted)
             return sw(0x6300);
@@ -241,10 +149,11 @@ QByteArray VpcdCard::apdu(const QByteArray& c, bool& vanish) {
             return sw(0x6A82);
         if (m_loggedSector != p2 / 4)
             return sw(0x6982);
-        if (p2 == 0 || m_locked)
+        if (!write)
+            return m_image.mid(p2 * BlockSize, BlockSize) + sw(0x9000);
+        if (p2 == 0 || locked)
             return sw(0x6986);
-        if (!m_losesWrites)
-            m_image.replace(p2 * BlockSize, BlockSize, c.mid(5, BlockSize));
+        m_image.replace(p2 * BlockSize, BlockSize, c.mid(5, BlockSize));
         return sw(0x9000);
     }
     default:

@@ -17,8 +17,7 @@ class TestCurrency final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    // The leading number of the text counts, rounded half to even to four places; a value past
-    // the range is refused (units empty).
+    // The leading number counts, rounded half to even; past the range is refused (no units).
     void parse_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QVariant>("units");
@@ -76,8 +75,7 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(CurrencyError, -min);
     }
 
-    // The double's exact binary value, rounded half to even at the fourth decimal: no step
-    // through a scaled double, so large amounts stay whole and ties are true ties.
+    // The double's exact binary value, rounded half to even: large amounts stay whole.
     void fromDouble_data() {
         QTest::addColumn<double>("value");
         QTest::addColumn<QVariant>("units");
@@ -107,8 +105,7 @@ private Q_SLOTS:
             QVERIFY_THROWS_EXCEPTION(CurrencyError, Currency::fromDouble(value));
     }
 
-    // The extra value shown while a top-up is typed: the product rounded once to cents, half a
-    // cent away from zero; anything that is no amount in range shows 0.00.
+    // The product rounded once to cents; anything that is no amount in range shows 0.00.
     void extraValueText_data() {
         QTest::addColumn<QString>("topUp");
         QTest::addColumn<double>("rate");

@@ -4,7 +4,6 @@
 #include "shell/session.h"
 #include "support/fixtures.h"
 
-#include <QSqlQuery>
 #include <QSqlRecord>
 #include <QTest>
 
@@ -15,18 +14,7 @@ class TestDatabase final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void schemaCreationCanRunAgain() {
-        test::Fixture f;
-        // Over ODBC the driver does not name the engine; SQLite must still be found.
-        QCOMPARE(db::dialect(f.db()),
-                 test::Fixture::overPostgreSql() ? db::Dialect::PostgreSql : db::Dialect::SQLite);
-        db::exec(f.db(), u"INSERT INTO Customize_Log (StaffCode) VALUES ('S1')"_s);
-        db::ensureSchema(f.db());
-        QCOMPARE(f.count(u"Customize_Log"_s), 1);
-    }
-
-    // Codes compare without regard to case, as under SQL Server's default collation, through the
-    // tables' own indexes.
+    // Codes compare without case, as under SQL Server's default collation, through the indexes.
     void codesCompareWithoutCase() {
         test::Fixture f;
         f.addMember(u"M0001"_s, u"Max"_s);
@@ -38,8 +26,7 @@ private Q_SLOTS:
         QVERIFY(members::hasTransactions(f.db(), u"m0001"_s));
         QString plan;
         if (test::Fixture::overPostgreSql()) {
-            // A table this small is read whole unless the planner is told otherwise; what
-            // matters is that the index can serve a comparison without case.
+            // A table this small is read whole unless the planner is told otherwise.
             db::exec(f.db(), u"SET enable_seqscan = off"_s);
             plan = f.rows(u"EXPLAIN SELECT * FROM Customize_Transaction "
                           "WHERE CardNo='m0001' ORDER BY TrsDate"_s);
@@ -56,6 +43,9 @@ private Q_SLOTS:
         QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"closed"_s);
         QVERIFY_THROWS_EXCEPTION(db::DatabaseError, db::ensureSchema(closed));
         test::Fixture f;
+        // Over ODBC the driver does not name the engine; SQLite must still be found.
+        QCOMPARE(db::dialect(f.db()),
+                 test::Fixture::overPostgreSql() ? db::Dialect::PostgreSql : db::Dialect::SQLite);
         try {
             db::exec(f.db(), u"SELECT * FROM no_such_table WHERE x = ?"_s, {1});
             QFAIL("no error");
@@ -64,8 +54,7 @@ private Q_SLOTS:
         }
     }
 
-    // SQL Server's one result at a time holds on every engine: a statement while another's rows
-    // are still being read fails, and reading to the end, closing or dropping them frees it.
+    // SQL Server's one open result per connection holds on every engine.
     void oneOpenResultPerConnection() {
         test::Fixture f;
         f.addStaff(u"S1"_s, u"Ann"_s);
@@ -115,13 +104,10 @@ private Q_SLOTS:
                  second);
     }
 
-    // SQL Server gets a typed value its date format cannot turn around; SQLite the ISO text.
+    // SQL Server gets a typed value its date format cannot turn around.
     void dateTimeBindingPerEngine() {
         const QDateTime moment(QDate(2026, 11, 5), QTime(7, 8, 9, 999));
-        const QVariant server = db::bindValue(db::Dialect::SqlServer, moment);
-        QCOMPARE(server.typeId(), QMetaType::QDateTime);
-        QCOMPARE(server.toDateTime(), moment.addMSecs(-999));
-        QCOMPARE(db::bindValue(db::Dialect::SQLite, moment), QVariant(u"2026-11-05 07:08:09"_s));
+        QCOMPARE(db::bindValue(db::Dialect::SqlServer, moment), QVariant(moment.addMSecs(-999)));
         // PostgreSQL would move a zoned value by the server's zone into a plain timestamp.
         QCOMPARE(db::bindValue(db::Dialect::PostgreSql, moment),
                  QVariant(u"2026-11-05 07:08:09"_s));
@@ -137,10 +123,10 @@ private Q_SLOTS:
                           "WHERE m.MemberName = ?"_s,
                           {u"Ann's"_s});
         QVERIFY(q.next());
-        QCOMPARE(q.record().fieldName(0), u"CardNo"_s);
-        QCOMPARE(q.record().fieldName(1), u"Name"_s);
-        QCOMPARE(q.record().fieldName(2), u"NonActive"_s);
-        QCOMPARE(q.value(1).toString(), u"Ann's"_s);
+        const QSqlRecord r = q.record();
+        QCOMPARE(
+            QStringList({r.fieldName(0), r.fieldName(1), r.fieldName(2), r.value(1).toString()}),
+            QStringList({u"CardNo"_s, u"Name"_s, u"NonActive"_s, u"Ann's"_s}));
     }
 
     // Quotes are doubled and the text cut to 300, which may split a doubled quote.

@@ -2,7 +2,6 @@
 #include "support/fixtures.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -19,15 +18,13 @@ using pondar::test::writeFile;
 
 namespace {
 
-// Run as a second process by the concurrency test: writes keys PREFIX0..PREFIXn-1 one by one.
-constexpr char WriterVariable[] = "PONDAR_TEST_INI_WRITER"; // "path|prefix|count"
+constexpr int PerWriter = 150;
 
-int runWriter() {
-    const QStringList args = qEnvironmentVariable(WriterVariable).split(u'|');
-    const IniFile ini(args.value(0));
-    const int count = args.value(2).toInt();
-    for (int i = 0; i < count; ++i) {
-        if (!ini.write(u"Keys"_s, args.value(1) + QString::number(i), QString::number(i)))
+// Run as a second process by the concurrency test: writes keys PREFIX0..PREFIX149 one by one.
+int runWriter(const QString& path, const QString& prefix) {
+    const IniFile ini(path);
+    for (int i = 0; i < PerWriter; ++i) {
+        if (!ini.write(u"Keys"_s, prefix + QString::number(i), QString::number(i)))
             return 1;
     }
     return 0;
@@ -41,32 +38,27 @@ class TestIniFile final : public QObject {
     QTemporaryDir m_dir;
 
 private Q_SLOTS:
-    // Names match in any case with blanks and tabs around them (nothing else is stripped);
-    // the first section and key win; quotes are taken off; a ";" line is a comment; any of
-    // CR LF, LF and a lone CR ends a line; a UTF-8 byte-order mark makes the file UTF-8.
+    // Names match in any case with blanks and tabs around them; the first section and key win.
     void reads_data() {
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QString>("key"); // in section [S]
         QTest::addColumn<QString>("value");
+        const auto row = [](const char* name, const QByteArray& file, const QString& key,
+                            const QString& value) { QTest::newRow(name) << file << key << value; };
         const QByteArray windows = "; c\r\n[Other]\r\nK=99\r\n  [ s ]  \r\n \t kEY \t=\t 10 \t\r\n"
                                    "K=77\r\nQ=\"a b\"\r\n[S]\r\nL=5\r\n";
-        QTest::newRow("names in any case") << windows << u"key"_s << u"10"_s;
-        QTest::newRow("quotes taken off") << windows << u"q"_s << u"a b"_s;
-        QTest::newRow("first section wins") << windows << u"L"_s << QString();
-        QTest::newRow("long value cut")
-            << "[S]\nK=" + QByteArray(300, 'x') << u"K"_s << QString(IniFile::MaxValueLength, u'x');
-        QTest::newRow("comment is no key") << QByteArray("[S]\r\n;K=x\r\n") << u";K"_s << QString();
-        QTest::newRow("indented comment")
-            << QByteArray("[S]\r\n  ;K=x\r\n") << u";K"_s << QString();
-        QTest::newRow("lone CR ends a line") << QByteArray("[S]\rA=1\rK=2\r") << u"K"_s << u"2"_s;
-        QTest::newRow("tab inside a name kept")
-            << QByteArray("[S]\nK\tX=1\n") << u"K\tX"_s << u"1"_s;
-        QTest::newRow("vertical tab not stripped")
-            << QByteArray("[S]\n\vK=1\n") << u"K"_s << QString();
-        QTest::newRow("UTF-8 byte-order mark")
-            << QByteArray("\xEF\xBB\xBF[S]\r\nK=Caf\xC3\xA9\r\n") << u"K"_s << u"Caf\u00e9"_s;
-        QTest::newRow("Windows-1252")
-            << QByteArray("[S]\r\nK=Caf\xE9 \x80\r\n") << u"K"_s << u"Caf\u00e9 \u20ac"_s;
+        row("names in any case", windows, u"key"_s, u"10"_s);
+        row("quotes taken off", windows, u"q"_s, u"a b"_s);
+        row("first section wins", windows, u"L"_s, {});
+        row("long value cut", "[S]\nK=" + QByteArray(300, 'x'), u"K"_s,
+            QString(IniFile::MaxValueLength, u'x'));
+        row("comments, indented or not", "[S]\r\n;K=x\r\n  ;K=y\r\n", u";K"_s, {});
+        row("lone CR ends a line", "[S]\rA=1\rK=2\r", u"K"_s, u"2"_s);
+        row("tab inside a name kept", "[S]\nK\tX=1\n", u"K\tX"_s, u"1"_s);
+        row("vertical tab not stripped", "[S]\n\vK=1\n", u"K"_s, {});
+        row("UTF-8 byte-order mark", "\xEF\xBB\xBF[S]\r\nK=Caf\xC3\xA9\r\n", u"K"_s,
+            u"Caf\u00e9"_s);
+        row("Windows-1252", "[S]\r\nK=Caf\xE9 \x80\r\n", u"K"_s, u"Caf\u00e9 \u20ac"_s);
     }
     void reads() {
         QFETCH(QByteArray, file);
@@ -76,37 +68,30 @@ private Q_SLOTS:
         QTEST(IniFile(path).read(u"S"_s, key), "value");
     }
 
-    // A write changes or adds its one key and leaves every other byte as it was: a new key
-    // right after the section's last key, in the file's own line end; control characters and
-    // nothing else are dropped from what is written.
+    // A write changes or adds its one key and leaves every other byte as it was.
     void writes_data() {
         QTest::addColumn<QByteArray>("before");
         QTest::addColumn<QString>("key"); // in section [S]
         QTest::addColumn<QString>("value");
         QTest::addColumn<QByteArray>("after");
-        QTest::newRow("replaced, spelling kept")
-            << QByteArray("[s]\r\n  kEY  =  1  \r\nZ=0\r\n") << u"Key"_s << u"2"_s
-            << QByteArray("[s]\r\nkEY=2\r\nZ=0\r\n");
-        QTest::newRow("after the last key")
-            << QByteArray("[S]\r\nA=1\r\n; note\r\n\r\n[T]\r\nB=1\r\n") << u"B"_s << u"2"_s
-            << QByteArray("[S]\r\nA=1\r\nB=2\r\n; note\r\n\r\n[T]\r\nB=1\r\n");
-        QTest::newRow("section without keys")
-            << QByteArray("[S]\n;K=x\n\n") << u"K"_s << u"1"_s << QByteArray("[S]\nK=1\n;K=x\n\n");
-        QTest::newRow("CR only") << QByteArray("[S]\rA=1\r") << u"B"_s << u"2"_s
-                                 << QByteArray("[S]\rA=1\rB=2\r");
-        QTest::newRow("no last line end")
-            << QByteArray("[S]\r\nA=1") << u"B"_s << u"2"_s << QByteArray("[S]\r\nA=1\r\nB=2\r\n");
-        QTest::newRow("new section")
-            << QByteArray("[T]\nA=1") << u"B"_s << u"2"_s << QByteArray("[T]\nA=1\n[S]\nB=2\n");
-        QTest::newRow("new file") << QByteArray() << u"B"_s << u"2"_s
-                                  << QByteArray("[S]\r\nB=2\r\n");
-        QTest::newRow("controls dropped")
-            << QByteArray("[S]\r\n") << u"Name"_s << u"A\r\nWriteValue=9\x1b\x70\x1d\x56"_s
-            << QByteArray("[S]\r\nName=AWriteValue=9pV\r\n");
-        QTest::newRow("UTF-8 kept") << QByteArray("\xEF\xBB\xBF[S]\r\n") << u"N"_s << u"Caf\u00e9"_s
-                                    << QByteArray("\xEF\xBB\xBF[S]\r\nN=Caf\xC3\xA9\r\n");
-        QTest::newRow("Windows-1252") << QByteArray("[S]\r\n") << u"N"_s << u"Caf\u00e9 \u20ac"_s
-                                      << QByteArray("[S]\r\nN=Caf\xE9 \x80\r\n");
+        const auto row = [](const char* name, const QByteArray& before, const QString& key,
+                            const QString& value, const QByteArray& after) {
+            QTest::newRow(name) << before << key << value << after;
+        };
+        row("replaced, spelling kept", "[s]\r\n  kEY  =  1  \r\nZ=0\r\n", u"Key"_s, u"2"_s,
+            "[s]\r\nkEY=2\r\nZ=0\r\n");
+        row("after the last key", "[S]\r\nA=1\r\n; note\r\n\r\n[T]\r\nB=1\r\n", u"B"_s, u"2"_s,
+            "[S]\r\nA=1\r\nB=2\r\n; note\r\n\r\n[T]\r\nB=1\r\n");
+        row("section without keys", "[S]\n;K=x\n\n", u"K"_s, u"1"_s, "[S]\nK=1\n;K=x\n\n");
+        row("CR only", "[S]\rA=1\r", u"B"_s, u"2"_s, "[S]\rA=1\rB=2\r");
+        row("no last line end", "[S]\r\nA=1", u"B"_s, u"2"_s, "[S]\r\nA=1\r\nB=2\r\n");
+        row("new section", "[T]\nA=1", u"B"_s, u"2"_s, "[T]\nA=1\n[S]\nB=2\n");
+        row("new file", {}, u"B"_s, u"2"_s, "[S]\r\nB=2\r\n");
+        row("controls dropped", "[S]\r\n", u"Name"_s, u"A\r\nWriteValue=9\x1b\x70\x1d\x56"_s,
+            "[S]\r\nName=AWriteValue=9pV\r\n");
+        row("UTF-8 kept", "\xEF\xBB\xBF[S]\r\n", u"N"_s, u"Caf\u00e9"_s,
+            "\xEF\xBB\xBF[S]\r\nN=Caf\xC3\xA9\r\n");
+        row("Windows-1252", "[S]\r\n", u"N"_s, u"Caf\u00e9 \u20ac"_s, "[S]\r\nN=Caf\xE9 \x80\r\n");
     }
     void writes() {
         QFETCH(QByteArray, before);
@@ -158,17 +143,12 @@ private Q_SLOTS:
     void concurrentWritersLoseNothing() {
         const QString path = m_dir.filePath(u"concurrent.ini"_s);
         writeFile(path, "[Host]\r\nPrinter=LPT1\r\n");
-        constexpr int PerWriter = 150;
         QList<QProcess*> writers;
         for (const QString& prefix : {u"A"_s, u"B"_s}) {
-            auto* p = new QProcess(this);
-            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert(QString::fromLatin1(WriterVariable),
-                       path + u'|' + prefix + u'|' + QString::number(PerWriter));
-            p->setProcessEnvironment(env);
-            p->setProcessChannelMode(QProcess::ForwardedChannels);
-            p->start(QCoreApplication::applicationFilePath(), {});
-            writers.append(p);
+            writers.append(new QProcess(this));
+            writers.back()->setProcessChannelMode(QProcess::ForwardedChannels);
+            writers.back()->start(QCoreApplication::applicationFilePath(),
+                                  {u"--writer"_s, path, prefix});
         }
         for (QProcess* p : writers) {
             QVERIFY(p->waitForFinished(120000));
@@ -201,8 +181,8 @@ private Q_SLOTS:
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    if (qEnvironmentVariableIsSet(WriterVariable))
-        return runWriter();
+    if (argc == 4 && qstrcmp(argv[1], "--writer") == 0)
+        return runWriter(QFile::decodeName(argv[2]), QFile::decodeName(argv[3]));
     TestIniFile test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -4,42 +4,28 @@
 #include "shell/textgrid.h"
 #include "support/fixtures.h"
 
-#include <QSqlQuery>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace pondar;
 
-// The row reader that reports use gives what the Qt driver gives: the same text, money, nulls
-// and printed dates, whichever way it reads them.
+// The reports' row reader gives what the Qt driver gives, whichever way it reads.
 class TestRows final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() {
-        // Untyped values read back as SQLite keeps them: the reader's native path is SQLite's;
-        // elsewhere it is db::exec, which the other tests run on every engine.
+        // Elsewhere the reader is db::exec, which the other tests run on every engine.
         if (test::Fixture::overPostgreSql())
             QSKIP("the row reader reads straight from SQLite only");
         f = new test::Fixture;
         db::exec(f->db(), u"CREATE TABLE t (id INTEGER, v)"_s);
-        const QVariantList values = {u"CARD 1"_s,
-                                     u" padded  "_s,
-                                     u"Ünïcödé ☕"_s,
-                                     QVariant(),
-                                     qint64(7),
-                                     0.1,
-                                     150.5,
-                                     u"12.34567"_s,
-                                     u"2024-03-01 00:00:00"_s,
-                                     u"2024-02-30 00:00:00"_s,
-                                     u"20a4-03-01"_s,
-                                     u"0999-01-01 10:00:00"_s,
-                                     u"2024-03-01T08:00:00.5"_s,
-                                     u" 2024-03-01 "_s,
-                                     u"2024-03-01 24:00:00"_s,
-                                     u"garbage"_s,
-                                     u""_s};
+        QVariantList values = {QVariant(), qint64(7), 0.1, 150.5};
+        for (const char* text :
+             {"CARD 1", " padded  ", "Ünïcödé ☕", "12.34567", "2024-03-01 00:00:00",
+              "2024-02-30 00:00:00", "20a4-03-01", "0999-01-01 10:00:00", "2024-03-01T08:00:00.5",
+              " 2024-03-01 ", "2024-03-01 24:00:00", "garbage", ""})
+            values.append(QString::fromUtf8(text));
         for (int i = 0; i < values.size(); ++i)
             db::exec(f->db(), u"INSERT INTO t (id, v) VALUES (?, ?)"_s, {i, values.at(i)});
     }
@@ -50,8 +36,8 @@ private Q_SLOTS:
         QVariantList driver;
         for (auto q = db::exec(f->db(), u"SELECT id, v FROM t ORDER BY id"_s); q.next();)
             driver.append(q.value(1));
+        QCOMPARE(driver.size(), 17);
         db::Rows rows(f->db(), u"SELECT id, v FROM t ORDER BY id"_s);
-        int n = 0;
         for (const QVariant& value : std::as_const(driver)) {
             QVERIFY(rows.next());
             const QString what = value.toString();
@@ -63,11 +49,9 @@ private Q_SLOTS:
             reports::ReportText viaRows;
             viaRows.date(rows, 1);
             QVERIFY2(viaRows.text() == reports::dateText(value), qPrintable(what));
-            ++n;
         }
         QVERIFY(!rows.next());
         QVERIFY(!rows.next()); // stays at the end
-        QCOMPARE(n, 17);
     }
 
     // The grid shows each value as the driver's own text, a null as nothing, money as "#0.00".

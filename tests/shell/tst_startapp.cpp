@@ -14,8 +14,7 @@ class TestStartApp final : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    // Whatever the mode, StartApp keeps the particulars, reads the settings and clears
-    // ReturnFlag; a mode that is not one of the exact upper-case names opens nothing.
+    // Any mode keeps the particulars, reads the settings and clears ReturnFlag; these open nothing.
     void copiesParticularsAndLoadsSettings_data() {
         QTest::addColumn<QString>("mode");
         for (const char* m : {"no such mode", "topup", " TOPUP", ""})
@@ -45,27 +44,26 @@ private Q_SLOTS:
                  u"0 keep"_s);
     }
 
-    // Settings or a business date that would post wrong amounts or dates stop StartApp before
-    // any screen opens, with an error naming what is wrong; the hand-off is still reset.
+    // What would post wrong amounts or dates stops StartApp; the hand-off is still reset.
     void refusesBadSettings_data() {
         QTest::addColumn<QByteArray>("rates");
         QTest::addColumn<QString>("date");
         QTest::addColumn<QString>("named"); // empty: StartApp runs
-        const QByteArray fine = "MemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n";
-        QTest::newRow("negative rate")
-            << QByteArray("MemberComm=-50\r\n") << u"15/11/2026"_s << u"MemberComm"_s;
-        QTest::newRow("rate 1e400")
-            << QByteArray("DownComm=1e400\r\n") << u"15/11/2026"_s << u"DownComm"_s;
-        QTest::newRow("ServerComm past money range")
-            << QByteArray("ServerComm=1e20\r\n") << u"15/11/2026"_s << u"ServerComm"_s;
-        QTest::newRow("rate abc reads 0")
-            << QByteArray("ServerComm=abc\r\n") << u"15/11/2026"_s << QString();
-        QTest::newRow("31/02/2026") << fine << u"31/02/2026"_s << u"31/02/2026"_s;
-        QTest::newRow("99/99/9999") << fine << u"99/99/9999"_s << u"99/99/9999"_s;
-        QTest::newRow("2026-13-45") << fine << u"2026-13-45"_s << u"2026-13-45"_s;
-        QTest::newRow("empty date") << fine << QString() << u"Business date"_s;
-        QTest::newRow("29/02/2028") << fine << u"29/02/2028"_s << QString();
-        QTest::newRow("2026-11-23") << fine << u"2026-11-23"_s << QString();
+        const auto row = [](const char* name, const char* rates, const char* date,
+                            const char* named) {
+            QTest::newRow(name) << QByteArray(rates) << QString::fromLatin1(date)
+                                << QString::fromLatin1(named);
+        };
+        const char* fine = "MemberComm=10\r\nDownComm=5\r\nServerComm=2\r\n";
+        row("negative rate", "MemberComm=-50\r\n", "15/11/2026", "MemberComm");
+        row("rate 1e400", "DownComm=1e400\r\n", "15/11/2026", "DownComm");
+        row("ServerComm past money range", "ServerComm=1e20\r\n", "15/11/2026", "ServerComm");
+        row("rate abc reads 0", "ServerComm=abc\r\n", "15/11/2026", "");
+        for (const char* date : {"31/02/2026", "99/99/9999", "2026-13-45"})
+            row(date, fine, date, date);
+        row("empty date", fine, "", "Business date");
+        row("29/02/2028", fine, "29/02/2028", "");
+        row("2026-11-23", fine, "2026-11-23", "");
     }
     void refusesBadSettings() {
         QFETCH(QByteArray, rates);
@@ -89,22 +87,17 @@ private Q_SLOTS:
     }
 
     // Without a hand-off the host would take the previous sale's amounts for this one.
-    void readOnlySettingsFileIsRaised() {
+    void unusableFileOrDatabaseIsRaised() {
         test::Fixture f;
+        const QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"never-opened"_s);
+        QVERIFY_THROWS_EXCEPTION(Error, GenClass().StartApp(u"S"_s, {}, u"15/11/2026"_s, {}, {},
+                                                            f.iniPath(), closed, u"MEMBER"_s, {},
+                                                            {}, Currency()));
         test::writeFile(f.iniPath(), "[TRANSACTION]\r\nReturnFlag=1\r\n");
         QFile::setPermissions(f.iniPath(), QFile::ReadOwner);
-        GenClass app;
-        QVERIFY_THROWS_EXCEPTION(Error,
-                                 app.StartApp(u"S"_s, {}, u"15/11/2026"_s, {}, {}, f.iniPath(),
-                                              f.db(), u"MEMBER"_s, {}, {}, Currency()));
-    }
-
-    void closedConnectionIsRaisedToTheHost() {
-        test::Fixture f;
-        GenClass app;
-        QSqlDatabase closed = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"never-opened"_s);
-        QVERIFY_THROWS_EXCEPTION(Error, app.StartApp(u"S"_s, {}, {}, {}, {}, f.iniPath(), closed,
-                                                     u"MEMBER"_s, {}, {}, Currency()));
+        QVERIFY_THROWS_EXCEPTION(Error, GenClass().StartApp(u"S"_s, {}, u"15/11/2026"_s, {}, {},
+                                                            f.iniPath(), f.db(), u"MEMBER"_s, {},
+                                                            {}, Currency()));
     }
 };
 
